@@ -64,3 +64,22 @@ class Publisher {
 };
 
 }  // namespace Lumo
+
+namespace Lumo {
+
+// A subscriber that knows its owner, so that a static dispatch function can reach it.
+template <typename Owner>
+class OwnedSubscriber : public Subscriber {
+ public:
+  OwnedSubscriber(Owner* owner, DispatchFunction dispatch) noexcept
+      : Subscriber(dispatch), owner_(owner) {}
+  Owner* owner() const noexcept { return owner_; }
+  static Owner* ownerOf(Subscriber* subscriber) noexcept {
+    return static_cast<OwnedSubscriber*>(subscriber)->owner_;
+  }
+
+ private:
+  Owner* owner_;
+};
+
+}  // namespace Lumo
