@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "runtime/state/AddressFamily.h"
+#include "runtime/state/HashMix.h"
+#include "runtime/state/ToStringFormatter.h"
+
+namespace Lanx {
+
+// An IPv4 or IPv6 address: a family byte and the raw bytes in network order. The bytes past
+// size() are always zero, so equality, order and hash look at all of them alike. A default
+// address has no family. Ordered by family, then numerically.
+class IpGenAddr {
+ public:
+  static constexpr std::size_t maxBytes = 16;
+
+  constexpr IpGenAddr() noexcept = default;
+  // Parses text; raises Lumo::Exception when it is no address.
+  explicit IpGenAddr(std::string_view text);
+
+  static IpGenAddr ipv4(std::uint32_t hostOrder) noexcept;
+  // 4 bytes are IPv4, 16 IPv6; any other count is no address.
+  static std::optional<IpGenAddr> fromRawBytes(std::span<const std::uint8_t> bytes) noexcept;
+  static std::optional<IpGenAddr> fromString(std::string_view text, std::string* whyNot = nullptr);
+
+  AddressFamily family() const noexcept { return family_; }
+  bool isNone() const noexcept { return family_ == AddressFamily::none; }
+  // Raw byte count: 4, 16, or 0 without family.
+  std::size_t size() const noexcept {
+    return family_ == AddressFamily::ipv4 ? 4 : family_ == AddressFamily::ipv6 ? maxBytes : 0;
+  }
+  std::span<const std::uint8_t> rawBytes() const noexcept { return {bytes_.data(), size()}; }
+  void copyToBuffer(std::uint8_t* buffer) const noexcept;
+  // The IPv4 address in host order; 0 for any other family.
+  std::uint32_t ipv4HostOrder() const noexcept;
+  bool isMulticast() const noexcept;
+  // The address with every bit past the first prefixLength bits cleared.
+  IpGenAddr masked(std::size_t prefixLength) const noexcept;
+
+  // Dotted or RFC 5952 text; "none" without family.
+  std::string toString() const;
+  std::size_t hash() const noexcept {
+    std::uint64_t high = 0;
+    std::uint64_t low = 0;
+    std::memcpy(&high, bytes_.data(), sizeof(high));
+    std::memcpy(&low, bytes_.data() + sizeof(high), sizeof(low));
+    // The low half is multiplied first, so that equal halves do not cancel each other.
+    return hashMix64((high ^ (low * 0x9e3779b97f4a7c15ULL)) + static_cast<std::uint64_t>(family_));
+  }
+
+  friend bool operator==(const IpGenAddr&, const IpGenAddr&) noexcept = default;
+  friend std::strong_ordering operator<=>(const IpGenAddr&, const IpGenAddr&) noexcept = default;
+  friend std::ostream& operator<<(std::ostream& os, const IpGenAddr& a) {
+    return os << a.toString();
+  }
+
+ private:
+  AddressFamily family_ = AddressFamily::none;
+  std::array<std::uint8_t, maxBytes> bytes_{};
+};
+
+}  // namespace Lanx
+
+template <>
+struct std::hash<Lanx::IpGenAddr> : Lanx::MemberHash<Lanx::IpGenAddr> {};
+template <>
+struct fmt::formatter<Lanx::IpGenAddr> : Lanx::ToStringFormatter<Lanx::IpGenAddr> {};

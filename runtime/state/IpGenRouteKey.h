@@ -1,0 +1,55 @@
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include "runtime/state/HashMix.h"
+#include "runtime/state/IpGenPrefix.h"
+#include "runtime/state/ToStringFormatter.h"
+
+namespace Routing::Multicast::Fib {
+
+// The key of a multicast route: source and group. A source without family makes it a *,G
+// route.
+class IpGenRouteKey {
+ public:
+  IpGenRouteKey() noexcept = default;
+  IpGenRouteKey(const Lanx::IpGenPrefix& source, const Lanx::IpGenPrefix& group) noexcept
+      : source_(source), group_(group) {}
+
+  const Lanx::IpGenPrefix& source() const noexcept { return source_; }
+  const Lanx::IpGenPrefix& group() const noexcept { return group_; }
+  Lanx::AddressFamily family() const noexcept { return group_.family(); }
+  bool isStarG() const noexcept { return source_.isNone(); }
+
+  // "<source>,<group>", with "*" for the source of a *,G route: the key of the route in the
+  // data plane's table dump.
+  std::string toString() const;
+  std::size_t hash() const noexcept { return Lanx::hashCombine(source_.hash(), group_.hash()); }
+
+  friend bool operator==(const IpGenRouteKey&, const IpGenRouteKey&) noexcept = default;
+  friend std::strong_ordering operator<=>(const IpGenRouteKey&,
+                                          const IpGenRouteKey&) noexcept = default;
+  friend std::ostream& operator<<(std::ostream& os, const IpGenRouteKey& k) {
+    return os << k.toString();
+  }
+
+ private:
+  Lanx::IpGenPrefix source_;
+  Lanx::IpGenPrefix group_;
+};
+
+// Tables hold a million of these: no padding, no pointers.
+static_assert(sizeof(IpGenRouteKey) == 36);
+
+}  // namespace Routing::Multicast::Fib
+
+template <>
+struct std::hash<Routing::Multicast::Fib::IpGenRouteKey>
+    : Lanx::MemberHash<Routing::Multicast::Fib::IpGenRouteKey> {};
+template <>
+struct fmt::formatter<Routing::Multicast::Fib::IpGenRouteKey>
+    : Lanx::ToStringFormatter<Routing::Multicast::Fib::IpGenRouteKey> {};

@@ -1,0 +1,12 @@
+#include "runtime/state/VlanIdOrNone.h"
+
+#include "runtime/qel/Exceptions.h"
+
+namespace Bridging {
+
+VlanId VlanIdOrNone::vlanId() const {
+  if (isNone()) Qel::throwBadOptionalAccess();
+  return VlanId(value());
+}
+
+}  // namespace Bridging
