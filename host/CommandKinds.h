@@ -1,0 +1,12 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace VekHost {
+
+// "connect 2, moduleCmd 10": command-log records counted by kind, kinds in name order.
+std::string commandsByKind(const std::vector<nlohmann::json>& records);
+
+}  // namespace VekHost

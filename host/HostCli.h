@@ -1,0 +1,36 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host/HostServices.h"
+#include "host/RunOutputs.h"
+#include "host/RunResult.h"
+#include "host/Scenario.h"
+
+namespace VekHost {
+
+// The verbs of mfa-host: run, check and intf-id. Exit status 0 success, 1 an expectation
+// failed, 2 bad input (or nothing to run the scenario with).
+class HostCli {
+ public:
+  HostCli(HostServices services, std::ostream& out, std::ostream& err)
+      : services_(std::move(services)), out_(out), err_(err) {}
+
+  int main(int argc, const char* const* argv);
+
+ private:
+  int run(const std::string& file, const OutputFiles& files);
+  int check(const std::vector<std::string>& files);
+  int intfIds(const std::vector<std::string>& names);
+  bool haveDriver();
+  std::optional<Scenario> load(const std::string& file, std::vector<std::string>* errors) const;
+  RunResult runScenario(const Scenario& scenario) const;
+
+  HostServices services_;
+  std::ostream& out_;
+  std::ostream& err_;
+};
+
+}  // namespace VekHost

@@ -1,0 +1,70 @@
+#include "host/RunOutputs.h"
+
+#include <fmt/format.h>
+
+#include <fstream>
+#include <functional>
+
+#include "host/CommandKinds.h"
+#include "host/DumpLayout.h"
+
+namespace VekHost {
+
+namespace {
+
+struct Output {
+  const char* title;
+  const std::string OutputFiles::*file;
+  std::function<void(ScenarioDriver&, std::ostream&)> write;
+};
+
+const std::vector<Output>& outputs() {
+  static const std::vector<Output> table = {
+      {"command log", &OutputFiles::log,
+       [](ScenarioDriver& driver, std::ostream& out) {
+         for (const nlohmann::json& record : driver.commandsSince(0)) out << record.dump() << '\n';
+       }},
+      {"dump", &OutputFiles::dump,
+       [](ScenarioDriver& driver, std::ostream& out) { out << driver.dump().dump(2) << '\n'; }},
+      {"dot", &OutputFiles::dot,
+       [](ScenarioDriver& driver, std::ostream& out) { out << driver.dot(); }},
+      {"trace", &OutputFiles::trace,
+       [](ScenarioDriver& driver, std::ostream& out) {
+         for (const std::string& record : driver.traceSince(0)) out << record << '\n';
+       }},
+  };
+  return table;
+}
+
+}  // namespace
+
+std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputFiles& files) {
+  std::vector<std::string> problems;
+  for (const Output& output : outputs()) {
+    const std::string& name = files.*output.file;
+    if (name.empty()) continue;
+    std::ofstream out(name, std::ios::trunc);
+    if (out) output.write(driver, out);
+    if (!out) problems.push_back(fmt::format("cannot write the {} to {}", output.title, name));
+  }
+  return problems;
+}
+
+std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files) {
+  const nlohmann::json dump = driver.dump();
+  std::string text =
+      fmt::format("modules {}, ports {}, links {}, traffic classes {}, errors {}\n",
+                  DumpLayout::count(dump, "modules"), DumpLayout::count(dump, "ports"),
+                  DumpLayout::links(dump).size(), DumpLayout::count(dump, "trafficClasses"),
+                  DumpLayout::count(dump, "errors"));
+  const std::vector<nlohmann::json> commands = driver.commandsSince(0);
+  text += fmt::format("commands {}{}{}\n", commands.size(), commands.empty() ? "" : ": ",
+                      commandsByKind(commands));
+  for (const Output& output : outputs()) {
+    const std::string& name = files.*output.file;
+    if (!name.empty()) text += fmt::format("{}: {}\n", output.title, name);
+  }
+  return text;
+}
+
+}  // namespace VekHost

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/ScenarioDriver.h"
+
+namespace VekHost {
+
+// The files `run` writes when asked; an empty name writes nothing.
+struct OutputFiles {
+  std::string log;    // command log, JSON Lines
+  std::string dump;   // model dump, JSON
+  std::string dot;    // data plane as DOT
+  std::string trace;  // trace records, one a line
+};
+
+// What a run leaves behind: the output files and a short summary.
+class RunOutputs {
+ public:
+  // Writes each file asked for; returns one message per file that could not be written.
+  static std::vector<std::string> write(ScenarioDriver& driver, const OutputFiles& files);
+  // A few lines: modules, ports, links, commands by kind, and where each output went.
+  static std::string summary(ScenarioDriver& driver, const OutputFiles& files);
+};
+
+}  // namespace VekHost

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/AgentSettings.h"
+#include "host/StateChange.h"
+#include "host/Step.h"
+
+namespace VekHost {
+
+// What a scenario run needs of the agent, its central state and the data plane. The driver
+// only applies; ScenarioRunner owns the order of steps, the windows of the expectations and
+// the reports. The runner calls, in this order: configure, applyState (the initial state),
+// createAgent, then one call per step. Every value it passes has been checked when loading.
+// A call that cannot be carried out throws an exception derived from std::exception; the
+// runner reports it with the step and stops.
+class ScenarioDriver {
+ public:
+  virtual ~ScenarioDriver() = default;
+
+  // Settings fixed for the life of the agent, given once before the agent exists.
+  virtual void configure(const AgentSettings& settings) = 0;
+  // Writes (StateOp::set, an upsert) or removes central state.
+  virtual void applyState(const StateChange& change, StateOp op) = 0;
+  // Constructs the agent over the state written so far.
+  virtual void createAgent() = 0;
+  virtual void start(const VrfAf& vrfAf) = 0;
+  virtual void stop(const VrfAf& vrfAf) = 0;
+  // Runs tasks and timers until nothing is pending.
+  virtual void settle() = 0;
+  // Moves the simulated clock on, running what falls due.
+  virtual void advance(double seconds) = 0;
+  // Destroys the agent and makes a new one with the same settings; the data plane stays.
+  virtual void restart() = 0;
+  // The data plane refuses the next command `cmd` to `module` with `code` and `msg`.
+  virtual void failNext(const FailNextStep& failure) = 0;
+
+  // The model dump: modules, ports, traffic classes, errors.
+  virtual nlohmann::json dump() = 0;
+  // The data plane as DOT text.
+  virtual std::string dot() = 0;
+  // Command-log records are numbered from 0 in channel order; a mark is a count of them.
+  virtual std::size_t commandCount() = 0;
+  virtual std::vector<nlohmann::json> commandsSince(std::size_t mark) = 0;
+  // The same for trace records, each one line of text.
+  virtual std::size_t traceCount() = 0;
+  virtual std::vector<std::string> traceSince(std::size_t mark) = 0;
+};
+
+}  // namespace VekHost

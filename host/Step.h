@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "host/Expectation.h"
+#include "host/ScenarioValues.h"
+#include "host/StateChange.h"
+
+namespace VekHost {
+
+struct StartStep {
+  VrfAf vrfAf;
+};
+struct StopStep {
+  VrfAf vrfAf;
+};
+struct SettleStep {};
+struct StateStep {
+  StateOp op = StateOp::set;
+  StateChange change;
+};
+struct AdvanceStep {
+  double seconds = 0;
+};
+// The next command of that name to that module is refused by the data plane.
+struct FailNextStep {
+  std::string module;
+  std::string cmd;
+  int code = 0;
+  std::string msg;
+};
+struct RestartStep {};
+struct ExpectStep {
+  Expectation expectation;
+};
+
+using StepAction = std::variant<StartStep, StopStep, SettleStep, StateStep, AdvanceStep,
+                                FailNextStep, RestartStep, ExpectStep>;
+
+struct Step {
+  int index = 0;  // 1-based position in `steps:`
+  int line = 0;   // line of the step in the scenario file
+  StepAction action;
+};
+
+// The verb of a step as the file writes it ("start", "delete", ...).
+std::string_view stepVerb(const StepAction& action);
+
+}  // namespace VekHost

@@ -1,0 +1,257 @@
+#include <gtest/gtest.h>
+
+#include "host/ScenarioLoader.h"
+#include "tests/host/FakeDriver.h"
+
+namespace VekHost {
+namespace {
+
+struct BadInput {
+  const char* yaml;
+  int line;
+  const char* message;
+};
+
+// Loads `yaml` and checks that the first error is on `line` and says `message`.
+void expectFirstError(const BadInput& bad, const LoaderOptions& options = {}) {
+  ScenarioLoader loader(options);
+  LoadResult result = loader.loadText(bad.yaml, "t.yaml");
+  ASSERT_FALSE(result.scenario) << bad.yaml;
+  ASSERT_FALSE(result.errors.empty());
+  const std::string prefix = "t.yaml:" + std::to_string(bad.line) + ": ";
+  EXPECT_EQ(result.errors.front().rfind(prefix, 0), 0u) << result.errors.front();
+  EXPECT_NE(result.errors.front().find(bad.message), std::string::npos)
+      << "wanted '" << bad.message << "' in: " << result.errors.front();
+}
+
+TEST(ScenarioLoaderTest, DocumentAndAgentMistakesAreReportedWithTheirLine) {
+  const BadInput cases[] = {
+      {"", 1, "empty"},
+      {"steps: [settle\n", 2, "end of sequence"},
+      {"agents: {}\n", 1, "unknown key 'agents' in a scenario"},
+      {"agent: {oru: yes}\n", 1, "oru must be true or false, not 'yes'"},
+      {"agent:\n  workers: 0\n", 2, "workers must be an integer from 1"},
+      {"agent:\n  yieldEvery: ten\n", 2, "yieldEvery must be an integer"},
+      {"agent:\n  toggles: {MfaWcFwd: true, Bogus: false}\n", 2, "unknown key 'Bogus' in toggles"},
+      {"agent:\n  oru: true\n  oru: false\n", 3, "key 'oru' is given twice"},
+      {"agent: [oru]\n", 1, "agent must be a map"},
+  };
+  for (const BadInput& bad : cases) expectFirstError(bad);
+}
+
+TEST(ScenarioLoaderTest, StateMistakesAreReportedWithTheirLine) {
+  const BadInput cases[] = {
+      {"state:\n  vrf: {red: 2}\n", 2, "unknown key 'vrf' in a state change"},
+      {"state:\n  vrfs: {red: two}\n", 2, "a VRF id must be an integer"},
+      {"state:\n  vrfs: {red: 16777215}\n", 2, "a VRF id must be an integer from 0 to 16777214"},
+      {"state:\n  vrfs: [red]\n", 2, "vrfs must be a map"},
+      {"state:\n  bridgeMac: 00:1c:73:aa:bb\n", 2, "is not a MAC address"},
+      {"state:\n  kernel:\n    red: {et2: {ifIndex: -7}}\n", 3,
+       "ifIndex must be an integer from 1"},
+      {"state:\n  kernel:\n    red: {et2: {up: true}}\n", 3, "missing 'ifIndex'"},
+      {"state:\n  kernel:\n    red: {et2: {ifIndex: 7, up: maybe}}\n", 3,
+       "up must be true or false"},
+      {"state:\n  multicastIntfs: {ipv5: {}}\n", 2, "af must be one of ipv4, ipv6, not 'ipv5'"},
+      {"state:\n  multicastIntfs: {ipv4: {red: Ethernet2}}\n", 2, "multicastIntfs must be a list"},
+      {"state:\n  kernelMfibConfig: {ipv4: {red: {maxUnresolved: 1}}}\n", 2,
+       "unknown key 'maxUnresolved'"},
+      {"state:\n  intfVlans: {Ethernet2: 4095}\n", 2, "a VLAN must be an integer from 1 to 4094"},
+      {"state:\n  tables: [{vrf: red, af: ipv4}]\n", 2, "missing 'app'"},
+  };
+  for (const BadInput& bad : cases) expectFirstError(bad);
+}
+
+TEST(ScenarioLoaderTest, RouteMistakesAreReportedWithTheirLine) {
+  const char* head = "state:\n  mroutes:\n";
+  const BadInput cases[] = {
+      {"- {vrf: red, app: pim, source: 10.1.1.1, group: 239.1.1.1}\n", 3, "missing 'af'"},
+      {"- {vrf: red, af: ipv4, app: pim, group: 239.1.1.1}\n", 3, "missing 'source'"},
+      {"- {vrf: red, af: ipv4, app: pim, source: 10.1.1, group: 239.1.1.1}\n", 3,
+       "source '10.1.1' is not an ipv4 address"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 10.2.2.2}\n", 3,
+       "group 10.2.2.2 is not a multicast address"},
+      {"- {vrf: red, af: ipv6, app: pim, source: 10.1.1.1, group: ff0e::1}\n", 3,
+       "is not an ipv6 address"},
+      {"- {vrf: red, af: ipv4, app: pim, source: 239.9.9.9, group: 239.1.1.1}\n", 3,
+       "source 239.9.9.9 is a multicast address"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, flags: [fast]}\n", 3,
+       "a flag must be one of fastdrop, iifRegister, oifRegister, switching"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, oifs: [Eth 3]}\n", 3,
+       "oifs 'Eth 3' is not an interface name"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, oif: [Ethernet3]}\n", 3,
+       "unknown key 'oif' in a route"},
+      {"- {vrf: '', af: ipv4, app: pim, source: '*', group: 239.1.1.1}\n", 3,
+       "vrf must be a non-empty text"},
+  };
+  for (const BadInput& bad : cases) {
+    const std::string yaml = std::string(head) + "    " + bad.yaml;
+    expectFirstError(BadInput{yaml.c_str(), bad.line, bad.message});
+  }
+}
+
+TEST(ScenarioLoaderTest, StepMistakesAreReportedWithTheirLine) {
+  const BadInput cases[] = {
+      {"steps:\n  - settle\n  - begin\n", 3,
+       "a step without a value must be one of settle, restart"},
+      {"steps:\n  - start: {vrf: red}\n", 2, "missing 'af'"},
+      {"steps:\n  - start: {vrf: red, af: ipv4}\n    stop: {vrf: red, af: ipv4}\n", 2,
+       "a step is one of start, stop"},
+      {"steps:\n  - launch: {vrf: red, af: ipv4}\n", 2, "a step must be one of start"},
+      {"steps:\n  - settle: 3\n", 2, "'settle' takes no value"},
+      {"steps:\n  - advance: -1\n", 2, "cannot go back in time"},
+      {"steps:\n  - advance: soon\n", 2, "advance must be a number"},
+      {"steps:\n  - set: {}\n", 2, "names at least one state key"},
+      {"steps:\n  - delete: {vrfs: red}\n", 2, "vrfs must be a map"},
+      {"steps:\n  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 0}\n", 2,
+       "code 0 means success"},
+      {"steps:\n  - failNext: {module: MfibIpv4red, code: 5}\n", 2, "missing 'cmd'"},
+      {"steps: {settle: ~}\n", 1, "steps must be a list"},
+  };
+  for (const BadInput& bad : cases) expectFirstError(bad);
+}
+
+TEST(ScenarioLoaderTest, ExpectationMistakesAreReportedWithTheirLine) {
+  const BadInput cases[] = {
+      {"steps:\n  - expect: {}\n", 2, "an expect names one of route, module, edge"},
+      {"steps:\n  - expect: {module: A, trace: x}\n", 2, "found both 'module' and 'trace'"},
+      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1,"
+       " app: pim}}\n",
+       2, "unknown key 'app' in route"},
+      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1},"
+       " absent: true, iif: Ethernet1}\n",
+       2, "a route expected absent has no iif"},
+      {"steps:\n  - expect: {module: IgmpV2, exists: false, class: 120}\n", 2,
+       "expected not to exist has no class"},
+      {"steps:\n  - expect: {edge: {from: A}}\n", 2, "missing 'to'"},
+      {"steps:\n  - expect: {dump: modules..x, equals: 1}\n", 2, "dump path 'modules..x'"},
+      {"steps:\n  - expect: {dump: modules.x, equals: 1, contains: 1}\n", 2,
+       "one of equals, contains or absent"},
+      {"steps:\n  - expect: {commands: [{cmd: a}], order: sorted}\n", 2,
+       "order must be one of any, strict"},
+      {"steps:\n  - expect: {commands: [addMroute]}\n", 2, "a command record must be a map"},
+      {"steps:\n  - expect: {trace: x, absent: 1}\n", 2, "absent must be true or false"},
+  };
+  for (const BadInput& bad : cases) expectFirstError(bad);
+}
+
+TEST(ScenarioLoaderTest, EveryMistakeOfTheFileIsReportedInLineOrderAndNothingLoads) {
+  ScenarioLoader loader;
+  LoadResult result = loader.loadText(
+      "steps:\n"
+      "  - advance: -1\n"
+      "  - start: {vrf: red, af: ipv4}\n"
+      "  - set: {vrfs: {red: x}, intfVlans: {Ethernet1: 0}}\n"
+      "state:\n"
+      "  vrfs: {blue: -1}\n",
+      "t.yaml");
+  EXPECT_FALSE(result.scenario);
+  ASSERT_EQ(result.errors.size(), 4u);
+  EXPECT_EQ(result.errors[0].rfind("t.yaml:2: ", 0), 0u);
+  EXPECT_EQ(result.errors[1].rfind("t.yaml:4: a VRF id", 0), 0u);
+  EXPECT_EQ(result.errors[2].rfind("t.yaml:4: a VLAN", 0), 0u);
+  EXPECT_EQ(result.errors[3].rfind("t.yaml:6: ", 0), 0u);
+}
+
+TEST(ScenarioLoaderTest, AnEncoderDecidesWhatAnInterfaceNameIs) {
+  LoaderOptions options;
+  options.intfId = [](std::string_view name) -> std::optional<uint64_t> {
+    if (name.rfind("Ethernet", 0) == 0) return 1;
+    return std::nullopt;
+  };
+  options.isRouteApp = [](std::string_view app) { return app == "pim" || app == "static"; };
+  expectFirstError({"state:\n  intfVlans: {Ethernet2: 10, Vlan3: 20}\n", 2,
+                    "an interface 'Vlan3' is not an interface name"},
+                   options);
+  expectFirstError({"state:\n  tables: [{vrf: red, af: ipv4, app: pimsm}]\n", 2,
+                    "'pimsm' is not a route application"},
+                   options);
+  ScenarioLoader loader(options);
+  EXPECT_TRUE(loader.loadText("state:\n  intfVlans: {Ethernet2: 10}\n", "t.yaml").scenario);
+}
+
+const char* kFullScenario = R"(
+agent:
+  oru: false
+  namespaceDut: false
+  workers: 2
+  yieldEvery: 100
+  toggles: {MfaWcFwd: false, ToloVekTx: true}
+  bypassTxDemuxer: true
+state:
+  vrfs: {default: 1, red: 2}
+  hwVrfs: {red: 12}
+  bridgeMac: "00:1C:73:AA:BB:CC"
+  kernel:
+    default: {fabric: {ifIndex: 3, up: false}}
+    red: {et2: {ifIndex: 7, intf: Ethernet2}}
+  multicastIntfs: {ipv4: {red: [Ethernet2, Ethernet3]}, ipv6: {}}
+  kernelMfibConfig: {ipv4: {red: {maxUnresolvedCacheEntries: 100}}}
+  intfVlans: {Ethernet2: 10}
+  mroutes:
+    - {vrf: red, af: ipv4, app: pim, source: 10.1.1.1, group: 239.1.1.1,
+       iif: Ethernet2, oifs: [Ethernet3], flags: [fastdrop, switching]}
+    - {vrf: red, af: ipv6, app: static, source: "*", group: "FF0E:0::1"}
+  tables: [{vrf: blue, af: ipv6, app: igmp}]
+steps:
+  - start: {vrf: red, af: ipv4}
+  - settle
+  - delete: {vrfs: [red], bridgeMac: ~, kernel: {red: [et2]},
+             mroutes: [{vrf: red, af: ipv4, app: pim, source: 10.1.1.1, group: 239.1.1.1}]}
+  - advance: 0.5
+  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 5, msg: "no room"}
+  - restart
+  - expect: {dump: 'modules.MfibIpv4red.table.routes["10.1.1.1,239.1.1.1"]', contains: {iif: "7"}}
+)";
+
+TEST(ScenarioLoaderTest, AFullScenarioLoadsIntoTypedValues) {
+  ScenarioLoader loader(LoaderOptions{FakeDriver::intfIdEncoder(), {}});
+  LoadResult result = loader.loadText(kFullScenario, "full.yaml");
+  ASSERT_TRUE(result.scenario) << result.errors.front();
+  const Scenario& scenario = *result.scenario;
+
+  EXPECT_FALSE(scenario.agent.oru);
+  EXPECT_FALSE(scenario.agent.namespaceDut);
+  EXPECT_TRUE(scenario.agent.bypassTxDemuxer);
+  EXPECT_EQ(scenario.agent.workers, 2);
+  EXPECT_EQ(scenario.agent.yieldEvery, 100);
+  EXPECT_EQ(scenario.agent.toggles,
+            (std::map<std::string, bool>{{"MfaWcFwd", false}, {"ToloVekTx", true}}));
+
+  const StateChange& state = scenario.state;
+  EXPECT_EQ(state.vrfs, (std::map<std::string, uint32_t>{{"default", 1}, {"red", 2}}));
+  EXPECT_EQ(state.bridgeMac, "00:1c:73:aa:bb:cc");
+  EXPECT_FALSE(state.kernel.at("default").at("fabric").up);
+  EXPECT_EQ(state.kernel.at("red").at("et2").ifIndex, 7);
+  EXPECT_TRUE(state.kernel.at("red").at("et2").up);
+  EXPECT_EQ(state.kernel.at("red").at("et2").intf, "Ethernet2");
+  EXPECT_EQ(state.multicastIntfs.at(Af::ipv4).at("red"),
+            (std::vector<std::string>{"Ethernet2", "Ethernet3"}));
+  EXPECT_EQ(state.kernelMfibConfig.at(Af::ipv4).at("red").maxUnresolvedCacheEntries, 100u);
+  EXPECT_FALSE(state.kernelMfibConfig.at(Af::ipv4).at("red").maxUnresolvedPktBuffers);
+  ASSERT_EQ(state.mroutes.size(), 2u);
+  EXPECT_EQ(state.mroutes[0].key, (RouteKey{"10.1.1.1", "239.1.1.1"}));
+  EXPECT_EQ(state.mroutes[0].oifs, std::vector<std::string>{"Ethernet3"});
+  EXPECT_EQ(state.mroutes[0].flags, (RouteFlags{true, false, false, true}));
+  EXPECT_EQ(state.mroutes[1].key, (RouteKey{"*", "ff0e::1"}));
+  EXPECT_EQ(state.mroutes[1].table.vrfAf, (VrfAf{"red", Af::ipv6}));
+  EXPECT_EQ(state.tables.at(0).app, "igmp");
+
+  ASSERT_EQ(scenario.steps.size(), 7u);
+  EXPECT_EQ(scenario.steps[1].line, 26);  // the text starts with an empty line
+  const auto& removal = std::get<StateStep>(scenario.steps[2].action);
+  EXPECT_EQ(removal.op, StateOp::remove);
+  EXPECT_EQ(removal.change.vrfs.count("red"), 1u);
+  EXPECT_EQ(removal.change.bridgeMac, "");
+  EXPECT_EQ(removal.change.kernel.at("red").count("et2"), 1u);
+  EXPECT_EQ(removal.change.mroutes.size(), 1u);
+  EXPECT_EQ(std::get<AdvanceStep>(scenario.steps[3].action).seconds, 0.5);
+  EXPECT_EQ(std::get<FailNextStep>(scenario.steps[4].action).msg, "no room");
+  const auto& expect =
+      std::get<DumpExpectation>(std::get<ExpectStep>(scenario.steps[6].action).expectation);
+  EXPECT_EQ(expect.path.keys(), (std::vector<std::string>{"modules", "MfibIpv4red", "table",
+                                                          "routes", "10.1.1.1,239.1.1.1"}));
+  EXPECT_EQ(expect.value, (nlohmann::json{{"iif", "7"}}));
+}
+
+}  // namespace
+}  // namespace VekHost
