@@ -17,6 +17,6 @@ void fatalFlush() noexcept;
 
 // VEK_TRACE(info, "Create PimRegRx( {} )", vrf): formats with fmt and tags the record with
 // file:line and the enclosing function's signature.
-#define VEK_TRACE(level, ...)                                                            \
-  ::Trace::emit(::spdlog::level::level, __FILE__, __LINE__, __PRETTY_FUNCTION__,        \
+#define VEK_TRACE(severity, ...)                                                         \
+  ::Trace::emit(::spdlog::level::severity, __FILE__, __LINE__, __PRETTY_FUNCTION__,        \
                 ::fmt::format(__VA_ARGS__))
