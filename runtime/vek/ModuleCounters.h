@@ -1,0 +1,19 @@
+#pragma once
+
+#include "runtime/lumo/Ptr.h"
+#include "runtime/lumo/String.h"
+#include "runtime/vek/CounterId.h"
+#include "runtime/vek/Module.h"
+#include "runtime/vek/VekCommonSmData.h"
+
+namespace Vek {
+
+// Allocates one named packet counter for a module; the id is known at once, the daemon
+// learns of it through the module's channel.
+CounterId allocateModulePacketCounter(const Lumo::Ptr<Module>& module,
+                                      const Lumo::Ptr<VekCommonSmData>& vekcsd, Lumo::String name,
+                                      CounterUnit unit);
+// Frees every counter of the module; called before the module is dropped.
+void freeModuleCounters(const Lumo::Ptr<Module>& module, const Lumo::Ptr<VekCommonSmData>& vekcsd);
+
+}  // namespace Vek
