@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Dataplane {
+
+class Model;
+
+// Draws the daemon's modules and ports as nodes and their gate links as edges labelled
+// "<output gate>→<input gate>", with one cluster per VRF. A port is joined by a dashed
+// edge to the port module that names it. The modules shared by all VRFs stay outside.
+class DotWriter {
+ public:
+  explicit DotWriter(const Model& model);
+  std::string write() const;
+
+ private:
+  struct Edge {
+    std::string from;
+    std::string to;
+    std::string label;  // empty for a port edge
+  };
+
+  void collectNodesAndEdges();
+  void assignVrfs();
+  // The VRF a name ends with ("MfibIpv4red", "Mdata_McastHwFwd_red"), or empty.
+  std::string vrfByName(const std::string& name) const;
+
+  const Model& model_;
+  std::set<std::string> vrfs_;
+  std::map<std::string, std::string> nodeVrf_;  // node -> VRF, empty outside every VRF
+  std::set<std::string> shared_;                // nodes never put in a VRF
+  std::vector<Edge> edges_;
+};
+
+}  // namespace Dataplane

@@ -1,0 +1,183 @@
+#include "dataplane/Mfib.h"
+
+#include "dataplane/AddressText.h"
+#include "runtime/vek/ProtoJson.h"
+
+namespace Dataplane {
+
+const CommandTable<Mfib>& Mfib::commands() {
+  static const CommandTable<Mfib> table{
+      {"addMroute", "vek.pb.MfibRouteArg", &Mfib::addMroute},
+      {"deleteMroute", "vek.pb.MfibRouteArg", &Mfib::deleteMroute},
+      {"addMulticastIntfs", "vek.pb.MulticastIntfArg", &Mfib::addMulticastIntfs},
+      {"deleteMulticastIntfs", "vek.pb.MulticastIntfArg", &Mfib::deleteMulticastIntfs},
+      {"setMaxUnresolvedCacheEntries", "vek.pb.SizeArg", &Mfib::setMaxUnresolvedCacheEntries},
+      {"setMaxUnresolvedPktBuffers", "vek.pb.SizeArg", &Mfib::setMaxUnresolvedPktBuffers},
+      {"setBridgeMacAddr", "vek.pb.EthernetConfigArg", &Mfib::setBridgeMacAddr},
+      {"setCounterIds", "vek.pb.MfibCounterIdArg", &Mfib::setCounterIds},
+      {"regMfibTasks", "vek.pb.MfibTaskIdArg", &Mfib::regMfibTasks},
+      {"regCleanupTask", "vek.pb.MfibTaskIdArg", &Mfib::regCleanupTask},
+      {"regMfibTasksForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regMfibTasksForAllWorkers},
+      {"regCleanupTaskForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regCleanupTaskForAllWorkers},
+  };
+  return table;
+}
+
+std::optional<std::string> Mfib::routeKey(const vek::pb::MfibRouteArg& arg) {
+  auto group = AddressText::ip(arg.group());
+  auto source =
+      arg.source().empty() ? std::optional<std::string>("*") : AddressText::ip(arg.source());
+  if (!group || !source) return std::nullopt;
+  return *source + "," + *group;
+}
+
+CommandResult Mfib::addMroute(const vek::pb::MfibRouteArg& arg) {
+  auto key = routeKey(arg);
+  if (!key) return CommandResult::error(EINVAL, "malformed source or group address");
+  Route route{arg.iif(), {}, arg.fastdrop(), arg.iifregister(), arg.oifregister()};
+  for (const auto& gate : arg.gates()) {
+    if (gate.gate() >= context_.outGates) {
+      return CommandResult::error(ERANGE, fmt::format("gate {} out of range", gate.gate()));
+    }
+    route.gates.emplace_back(gate.intfid(), gate.gate());
+  }
+  routes_[*key] = std::move(route);
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::deleteMroute(const vek::pb::MfibRouteArg& arg) {
+  auto key = routeKey(arg);
+  if (!key) return CommandResult::error(EINVAL, "malformed source or group address");
+  routes_.erase(*key);  // deleting what is not there is no fault
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::addMulticastIntfs(const vek::pb::MulticastIntfArg& arg) {
+  multicastIntfs_.insert(arg.intfids().begin(), arg.intfids().end());
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::deleteMulticastIntfs(const vek::pb::MulticastIntfArg& arg) {
+  for (std::uint64_t intfId : arg.intfids()) multicastIntfs_.erase(intfId);
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::setMaxUnresolvedCacheEntries(const vek::pb::SizeArg& arg) {
+  maxUnresolvedCacheEntries_ = arg.size();
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::setMaxUnresolvedPktBuffers(const vek::pb::SizeArg& arg) {
+  maxUnresolvedPktBuffers_ = arg.size();
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::setBridgeMacAddr(const vek::pb::EthernetConfigArg& arg) {
+  auto text = AddressText::mac(arg.macaddr());
+  if (!text) return CommandResult::error(EINVAL, "a MAC address has six bytes");
+  bridgeMacAddr_ = *text;
+  return CommandResult::ok();
+}
+
+CommandResult Mfib::setCounterIds(const vek::pb::MfibCounterIdArg& arg) {
+  counterIds_ = Vek::ProtoJson::of(arg);
+  return CommandResult::ok();
+}
+
+const Mfib::Task& Mfib::task(const std::string& name, bool cleanup, std::uint32_t wid) {
+  auto [it, added] = tasks_.try_emplace(name);
+  if (added) {
+    it->second =
+        Task{cleanup, wid, context_.taskIds->next(), cleanup ? 0 : context_.taskIds->next()};
+  }
+  return it->second;
+}
+
+CommandResult Mfib::registerTask(const vek::pb::MfibTaskIdArg& arg, bool cleanup) {
+  const std::string name = context_.name + (cleanup ? "_cleanup" : "_noCache");
+  const Task& t = task(name, cleanup, arg.wid());
+  auto reply = std::make_unique<vek::pb::MfibTaskIdArg>();
+  reply->set_vrf(arg.vrf());
+  reply->set_task_name(name);
+  reply->set_wid(t.wid);
+  reply->set_fusetid(t.fusetid);
+  reply->set_nocachetid(t.tid);  // a cleanup task's own id goes here too
+  return CommandResult::answer(std::move(reply));
+}
+
+CommandResult Mfib::registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg, bool cleanup) {
+  auto reply = std::make_unique<vek::pb::MfibTaskIdsArg>();
+  reply->set_vrf(arg.vrf());
+  reply->set_wid_count(arg.wid_count());
+  for (std::uint32_t wid : arg.wid()) {
+    if (wid >= context_.workers) {
+      return CommandResult::error(EINVAL, fmt::format("no worker {}", wid));
+    }
+    const std::string name =
+        fmt::format("{}_{}_w{}", context_.name, cleanup ? "cleanup" : "noCache", wid);
+    const Task& t = task(name, cleanup, wid);
+    reply->add_wid(wid);
+    reply->add_tid(t.tid);
+    if (!cleanup) reply->add_fusetid(t.fusetid);
+    reply->add_task_name(name);
+  }
+  return CommandResult::answer(std::move(reply));
+}
+
+CommandResult Mfib::regMfibTasks(const vek::pb::MfibTaskIdArg& arg) {
+  return registerTask(arg, false);
+}
+
+CommandResult Mfib::regCleanupTask(const vek::pb::MfibTaskIdArg& arg) {
+  return registerTask(arg, true);
+}
+
+CommandResult Mfib::regMfibTasksForAllWorkers(const vek::pb::MfibTaskIdsArg& arg) {
+  return registerTaskPerWorker(arg, false);
+}
+
+CommandResult Mfib::regCleanupTaskForAllWorkers(const vek::pb::MfibTaskIdsArg& arg) {
+  return registerTaskPerWorker(arg, true);
+}
+
+nlohmann::ordered_json Mfib::dump() const {
+  nlohmann::ordered_json routes = nlohmann::ordered_json::object();
+  for (const auto& [key, route] : routes_) {
+    nlohmann::ordered_json gates = nlohmann::ordered_json::array();
+    for (const auto& [intfId, gate] : route.gates) {
+      gates.push_back({{"intfId", std::to_string(intfId)}, {"gate", gate}});
+    }
+    routes[key] = {{"iif", std::to_string(route.iif)},
+                   {"gates", std::move(gates)},
+                   {"fastdrop", route.fastdrop},
+                   {"iifRegister", route.iifRegister},
+                   {"oifRegister", route.oifRegister}};
+  }
+  nlohmann::ordered_json intfs = nlohmann::ordered_json::array();
+  for (std::uint64_t intfId : multicastIntfs_) intfs.push_back(std::to_string(intfId));
+  nlohmann::ordered_json tasks = nlohmann::ordered_json::object();
+  for (const auto& [name, t] : tasks_) {
+    tasks[name] = {{"kind", t.cleanup ? "cleanup" : "noCache"},
+                   {"wid", t.wid},
+                   {"tid", t.tid},
+                   {"fusetid", t.fusetid}};
+  }
+  auto optional = [](const auto& value) {
+    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json();
+  };
+  return {{"routes", std::move(routes)},
+          {"multicastIntfs", std::move(intfs)},
+          {"maxUnresolvedCacheEntries", optional(maxUnresolvedCacheEntries_)},
+          {"maxUnresolvedPktBuffers", optional(maxUnresolvedPktBuffers_)},
+          {"bridgeMacAddr", optional(bridgeMacAddr_)},
+          {"counterIds", counterIds_},
+          {"tasks", std::move(tasks)}};
+}
+
+std::vector<std::string> Mfib::taskNames() const {
+  std::vector<std::string> names;
+  for (const auto& [name, t] : tasks_) names.push_back(name);
+  return names;
+}
+
+}  // namespace Dataplane

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "dataplane/CommandTable.h"
+#include "dataplane/ModuleContext.h"
+#include "dataplane/ModuleTable.h"
+#include "proto/vek.pb.h"
+
+namespace Dataplane {
+
+// The multicast FIB module (classes 26 and 27): routes by source and group, the
+// multicast-enabled interfaces, the limits of unresolved traffic, the bridge MAC address,
+// its counters and the worker tasks it registered.
+class Mfib final : public TableWithCommands<Mfib> {
+ public:
+  static const CommandTable<Mfib>& commands();
+
+  explicit Mfib(ModuleContext context) : context_(std::move(context)) {}
+
+  nlohmann::ordered_json dump() const override;
+  std::vector<std::string> taskNames() const override;
+
+  CommandResult addMroute(const vek::pb::MfibRouteArg& arg);
+  CommandResult deleteMroute(const vek::pb::MfibRouteArg& arg);
+  CommandResult addMulticastIntfs(const vek::pb::MulticastIntfArg& arg);
+  CommandResult deleteMulticastIntfs(const vek::pb::MulticastIntfArg& arg);
+  CommandResult setMaxUnresolvedCacheEntries(const vek::pb::SizeArg& arg);
+  CommandResult setMaxUnresolvedPktBuffers(const vek::pb::SizeArg& arg);
+  CommandResult setBridgeMacAddr(const vek::pb::EthernetConfigArg& arg);
+  CommandResult setCounterIds(const vek::pb::MfibCounterIdArg& arg);
+  CommandResult regMfibTasks(const vek::pb::MfibTaskIdArg& arg);
+  CommandResult regCleanupTask(const vek::pb::MfibTaskIdArg& arg);
+  CommandResult regMfibTasksForAllWorkers(const vek::pb::MfibTaskIdsArg& arg);
+  CommandResult regCleanupTaskForAllWorkers(const vek::pb::MfibTaskIdsArg& arg);
+
+ private:
+  struct Route {
+    std::uint64_t iif = 0;
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> gates;  // interface id, gate
+    bool fastdrop = false;
+    bool iifRegister = false;
+    bool oifRegister = false;
+  };
+  struct Task {
+    bool cleanup = false;
+    std::uint32_t wid = 0;
+    std::uint32_t tid = 0;
+    std::uint32_t fusetid = 0;
+  };
+
+  // "<source>,<group>", with "*" for no source; nullopt for a malformed address.
+  static std::optional<std::string> routeKey(const vek::pb::MfibRouteArg& arg);
+  // The task of that name, registered now if it is new; a module asking again keeps its ids.
+  const Task& task(const std::string& name, bool cleanup, std::uint32_t wid);
+  CommandResult registerTask(const vek::pb::MfibTaskIdArg& arg, bool cleanup);
+  CommandResult registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg, bool cleanup);
+
+  ModuleContext context_;
+  std::map<std::string, Route> routes_;
+  std::set<std::uint64_t> multicastIntfs_;
+  std::optional<std::uint32_t> maxUnresolvedCacheEntries_;
+  std::optional<std::uint32_t> maxUnresolvedPktBuffers_;
+  std::optional<std::string> bridgeMacAddr_;
+  nlohmann::ordered_json counterIds_;
+  std::map<std::string, Task> tasks_;
+};
+
+}  // namespace Dataplane

@@ -1,0 +1,72 @@
+#include "runtime/vek/CommandChannel.h"
+
+#include <algorithm>
+
+#include "runtime/vek/Module.h"
+
+namespace Vek {
+
+CommandChannel::CommandChannel() = default;
+CommandChannel::~CommandChannel() = default;
+
+void CommandChannel::recordIs(ChannelRecord record) {
+  if (!awaiting_.empty()) {
+    if (auto* cmd = std::get_if<ModuleCmdRecord>(&record))
+      createAwaitingModule(cmd->cmd->moduleName());
+  }
+  records_.push_back(std::move(record));
+}
+
+void CommandChannel::pump() {
+  if (pumping_ || !backend_) return;
+  pumping_ = true;
+  struct Done {
+    bool& flag;
+    ~Done() { flag = false; }
+  } done{pumping_};
+  createAllAwaitingModules();
+  while (!records_.empty()) {
+    ChannelRecord record = std::move(records_.front());
+    records_.pop_front();
+    log_.write(record);
+    backend_->deliver(record, *this);
+    if (records_.empty()) createAllAwaitingModules();
+  }
+}
+
+void CommandChannel::moduleAwaitingCreationIs(Module* module) { awaiting_.push_back(module); }
+
+void CommandChannel::moduleAwaitingCreationDel(Module* module) {
+  awaiting_.erase(std::remove(awaiting_.begin(), awaiting_.end(), module), awaiting_.end());
+}
+
+void CommandChannel::createAwaitingModule(const Lumo::String& name) {
+  auto it = std::find_if(awaiting_.begin(), awaiting_.end(),
+                         [&name](const Module* m) { return m->name() == name; });
+  if (it != awaiting_.end()) (*it)->createInDaemon();
+}
+
+void CommandChannel::createAllAwaitingModules() {
+  // Each creation takes its module off the list, and may add others.
+  while (!awaiting_.empty()) awaiting_.front()->createInDaemon();
+}
+
+void CommandChannel::responseArrived(std::unique_ptr<vek::pb::ModuleResponse> response) {
+  if (status_) status_->responseQueueEnq(std::move(response));
+}
+
+void CommandChannel::errorArrived(std::unique_ptr<vek::pb::ModuleError> error) {
+  log_.writeError(*error);
+  if (status_) status_->errorQueueEnq(std::move(error));
+}
+
+void CommandChannel::groupReplyArrived(const GroupCmdRecord& record,
+                                       bess::pb::CommandResponse& reply) {
+  if (reply.has_error() && reply.error().code() != 0) {
+    log_.writeGroupError(record.group.view(), record.cmd->requestType(), reply.error().code(),
+                         reply.error().errmsg());
+  }
+  record.cmd->processResponse(&reply);
+}
+
+}  // namespace Vek

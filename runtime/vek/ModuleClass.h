@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Vek::VekModule {
+
+// The data-plane module classes that the multicast pipeline instantiates; the numbers are
+// the daemon's.
+enum ModuleClass : std::uint32_t {
+  portInc = 5,
+  portOut = 6,
+  mfib = 26,
+  mfibVek = 27,
+  metaData = 28,
+  vlanMetadata = 83,
+  txDemuxer = 105,
+  igmpV2 = 120,
+};
+
+}  // namespace Vek::VekModule
