@@ -89,7 +89,9 @@ void DotWriter::assignVrfs() {
       if (!vrf.empty() || shared_.contains(node)) continue;
       std::set<std::string> around;
       for (const Edge& edge : edges_) {
-        const std::string* other = edge.from == node ? &edge.to : edge.to == node ? &edge.from : nullptr;
+        const std::string* other = edge.from == node ? &edge.to
+                                   : edge.to == node ? &edge.from
+                                                     : nullptr;
         if (other && !nodeVrf_[*other].empty()) around.insert(nodeVrf_[*other]);
       }
       if (around.size() == 1) {

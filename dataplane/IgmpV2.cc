@@ -30,8 +30,9 @@ CommandResult IgmpV2::setCounterIds(const vek::pb::IgmpV2CounterIdArg& arg) {
 }
 
 nlohmann::ordered_json IgmpV2::dump() const {
-  return {{"vrfs", vrfs_.empty() ? nlohmann::ordered_json::object() : nlohmann::ordered_json(vrfs_)},
-          {"counterIds", counterIds_}};
+  return {
+      {"vrfs", vrfs_.empty() ? nlohmann::ordered_json::object() : nlohmann::ordered_json(vrfs_)},
+      {"counterIds", counterIds_}};
 }
 
 }  // namespace Dataplane

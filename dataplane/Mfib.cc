@@ -18,15 +18,15 @@ const CommandTable<Mfib>& Mfib::commands() {
       {"regMfibTasks", "vek.pb.MfibTaskIdArg", &Mfib::regMfibTasks},
       {"regCleanupTask", "vek.pb.MfibTaskIdArg", &Mfib::regCleanupTask},
       {"regMfibTasksForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regMfibTasksForAllWorkers},
-      {"regCleanupTaskForAllWorkers", "vek.pb.MfibTaskIdsArg",
-       &Mfib::regCleanupTaskForAllWorkers},
+      {"regCleanupTaskForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regCleanupTaskForAllWorkers},
   };
   return table;
 }
 
 std::optional<std::string> Mfib::routeKey(const vek::pb::MfibRouteArg& arg) {
   auto group = AddressText::ip(arg.group());
-  auto source = arg.source().empty() ? std::optional<std::string>("*") : AddressText::ip(arg.source());
+  auto source =
+      arg.source().empty() ? std::optional<std::string>("*") : AddressText::ip(arg.source());
   if (!group || !source) return std::nullopt;
   return *source + "," + *group;
 }
@@ -87,8 +87,8 @@ CommandResult Mfib::setCounterIds(const vek::pb::MfibCounterIdArg& arg) {
 const Mfib::Task& Mfib::task(const std::string& name, bool cleanup, std::uint32_t wid) {
   auto [it, added] = tasks_.try_emplace(name);
   if (added) {
-    it->second = Task{cleanup, wid, context_.taskIds->next(),
-                      cleanup ? 0 : context_.taskIds->next()};
+    it->second =
+        Task{cleanup, wid, context_.taskIds->next(), cleanup ? 0 : context_.taskIds->next()};
   }
   return it->second;
 }

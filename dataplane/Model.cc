@@ -24,6 +24,10 @@ CommandResult unknownModule(std::string_view name) {
   return CommandResult::error(ENOENT, fmt::format("unknown module {}", name));
 }
 
+CommandResult unknownPort(std::string_view name) {
+  return CommandResult::error(ENOENT, fmt::format("unknown port {}", name));
+}
+
 template <typename T>
 const T* messageAs(const Vek::GroupCmdRecord& record) {
   return dynamic_cast<const T*>(record.cmd->message());
@@ -76,8 +80,7 @@ void Model::failNextForTest(std::string module, std::string cmd, std::int32_t co
   failNext_.push_back(FailRule{std::move(module), std::move(cmd), code, std::move(msg)});
 }
 
-bool Model::failNextMatches(std::string_view module, std::string_view cmd,
-                            CommandResult& result) {
+bool Model::failNextMatches(std::string_view module, std::string_view cmd, CommandResult& result) {
   auto it = std::find_if(failNext_.begin(), failNext_.end(), [&](const FailRule& rule) {
     return rule.module == module && rule.cmd == cmd;
   });
@@ -153,8 +156,8 @@ CommandResult Model::apply(const Vek::CreateModuleRecord& r) {
   if (r.reservedIn > r.inGates || r.reservedOut > r.outGates) {
     return CommandResult::error(EINVAL, "more reserved gates than gates");
   }
-  auto table = TableFactory::moduleTable(r.moduleClass,
-                                         ModuleContext{r.name.str(), r.outGates, workers_, &taskIds_});
+  auto table = TableFactory::moduleTable(
+      r.moduleClass, ModuleContext{r.name.str(), r.outGates, workers_, &taskIds_});
   if (!table) {
     return CommandResult::error(EINVAL, fmt::format("unknown module class {}", r.moduleClass));
   }
@@ -198,7 +201,8 @@ CommandResult Model::apply(const Vek::ConnectRecord& r) {
     return CommandResult::error(ERANGE, fmt::format("{} has no input gate {}", r.to, r.igate));
   }
   if (from->out.contains(r.ogate)) {
-    return CommandResult::error(EBUSY, fmt::format("output gate {} of {} is linked", r.ogate, r.from));
+    return CommandResult::error(EBUSY,
+                                fmt::format("output gate {} of {} is linked", r.ogate, r.from));
   }
   if (to->in.contains(r.igate)) {
     return CommandResult::error(EBUSY, fmt::format("input gate {} of {} is linked", r.igate, r.to));
@@ -287,7 +291,8 @@ CommandResult Model::applyGroup(const Vek::GroupCmdRecord& record) {
       return attachTaskToTc(record);
   }
   return CommandResult::error(
-      EINVAL, fmt::format("unknown request type {}", static_cast<unsigned>(record.cmd->requestType())));
+      EINVAL,
+      fmt::format("unknown request type {}", static_cast<unsigned>(record.cmd->requestType())));
 }
 
 CommandResult Model::createPort(const Vek::GroupCmdRecord& record) {
@@ -310,9 +315,7 @@ CommandResult Model::createPort(const Vek::GroupCmdRecord& record) {
 CommandResult Model::destroyPort(const Vek::GroupCmdRecord& record) {
   const auto* request = messageAs<bess::pb::DestroyPortRequest>(record);
   if (!request) return wrongRequest(record);
-  if (ports_.erase(request->name()) == 0) {
-    return CommandResult::error(ENOENT, fmt::format("unknown port {}", request->name()));
-  }
+  if (ports_.erase(request->name()) == 0) return unknownPort(request->name());
   return CommandResult::ok();
 }
 
@@ -320,9 +323,7 @@ CommandResult Model::configurePort(const Vek::GroupCmdRecord& record) {
   const auto* request = messageAs<bess::pb::SetPortConfRequest>(record);
   if (!request) return wrongRequest(record);
   auto it = ports_.find(request->name());
-  if (it == ports_.end()) {
-    return CommandResult::error(ENOENT, fmt::format("unknown port {}", request->name()));
-  }
+  if (it == ports_.end()) return unknownPort(request->name());
   it->second.adminUp = request->conf().adminup();
   return CommandResult::ok();
 }
@@ -331,9 +332,7 @@ CommandResult Model::portCommand(const Vek::GroupCmdRecord& record) {
   const auto* request = messageAs<bess::pb::CommandRequest>(record);
   if (!request) return wrongRequest(record);
   auto it = ports_.find(request->name());
-  if (it == ports_.end()) {
-    return CommandResult::error(ENOENT, fmt::format("unknown port {}", request->name()));
-  }
+  if (it == ports_.end()) return unknownPort(request->name());
   CommandResult failure;
   if (failNextMatches(request->name(), request->cmd(), failure)) return failure;
   auto arg = request->has_arg() ? unpack(request->arg()) : nullptr;
@@ -416,8 +415,11 @@ nlohmann::ordered_json Model::dump() const {
     if (tc.weighted) {
       tcs[name] = {{"worker", tc.worker}, {"policy", "weighted"}, {"tasks", tc.tasks}};
     } else {
-      tcs[name] = {{"worker", tc.worker}, {"unit", tc.unit}, {"limit", tc.limit},
-                   {"burst", tc.burst},   {"tasks", tc.tasks}};
+      tcs[name] = {{"worker", tc.worker},
+                   {"unit", tc.unit},
+                   {"limit", tc.limit},
+                   {"burst", tc.burst},
+                   {"tasks", tc.tasks}};
     }
   }
   return {{"workersResumed", workersResumed_},

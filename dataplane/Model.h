@@ -3,11 +3,10 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "dataplane/CommandResult.h"
 #include "dataplane/DaemonModule.h"
@@ -71,8 +70,8 @@ class Model final : public Vek::ChannelBackend {
   CommandResult attachTaskToTc(const Vek::GroupCmdRecord& record);
 
   void deliverGroupCmd(const Vek::GroupCmdRecord& record, Vek::ChannelReplySink& replies);
-  void refuse(Vek::ChannelReplySink& replies, const std::string& module,
-              Vek::ChannelErrorType type, const CommandResult& result);
+  void refuse(Vek::ChannelReplySink& replies, const std::string& module, Vek::ChannelErrorType type,
+              const CommandResult& result);
   // Takes the first waiting failure for this command, if there is one.
   bool failNextMatches(std::string_view module, std::string_view cmd, CommandResult& result);
   DaemonModule* findModule(std::string_view name);

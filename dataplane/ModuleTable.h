@@ -2,11 +2,10 @@
 
 #include <google/protobuf/message.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "dataplane/CommandResult.h"
 

@@ -8,8 +8,13 @@ namespace Vek {
 BessPort::BessPort(Lumo::String name, Lumo::String driver, google::protobuf::Message* initArgs,
                    unsigned char numIncQ, unsigned short incQSize, unsigned char numOutQ,
                    unsigned short outQSize)
-    : name_(std::move(name)), driver_(std::move(driver)), initArgs_(initArgs),
-      numIncQ_(numIncQ), incQSize_(incQSize), numOutQ_(numOutQ), outQSize_(outQSize) {}
+    : name_(std::move(name)),
+      driver_(std::move(driver)),
+      initArgs_(initArgs),
+      numIncQ_(numIncQ),
+      incQSize_(incQSize),
+      numOutQ_(numOutQ),
+      outQSize_(outQSize) {}
 
 BessPort::~BessPort() = default;
 

@@ -11,7 +11,8 @@ CommandChannel::~CommandChannel() = default;
 
 void CommandChannel::recordIs(ChannelRecord record) {
   if (!awaiting_.empty()) {
-    if (auto* cmd = std::get_if<ModuleCmdRecord>(&record)) createAwaitingModule(cmd->cmd->moduleName());
+    if (auto* cmd = std::get_if<ModuleCmdRecord>(&record))
+      createAwaitingModule(cmd->cmd->moduleName());
   }
   records_.push_back(std::move(record));
 }

@@ -163,8 +163,9 @@ void CommandLog::append(Entry entry) {
 }
 
 std::vector<Entry> CommandLog::entriesSince(std::uint64_t seq) const {
-  auto first = std::find_if(entries_.begin(), entries_.end(),
-                            [seq](const Entry& e) { return e["seq"].get<std::uint64_t>() > seq; });
+  auto first = std::partition_point(entries_.begin(), entries_.end(), [seq](const Entry& e) {
+    return e["seq"].get<std::uint64_t>() <= seq;
+  });
   return {first, entries_.end()};
 }
 

@@ -2,10 +2,9 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "proto/vek.pb.h"
 #include "runtime/vek/ChannelRecord.h"

@@ -12,8 +12,11 @@ Module::Module(Lumo::String name, VekModule::ModuleClass moduleClass, std::uint3
                std::uint32_t maxOutGate, std::uint32_t reservedInGate,
                std::uint32_t reservedOutGate, google::protobuf::Message* initArgs,
                Lumo::Ptr<ModuleConfigStatusPair> configStatusPair)
-    : name_(std::move(name)), moduleClass_(moduleClass), initArgs_(initArgs),
-      pair_(std::move(configStatusPair)), inGates_(reservedInGate, maxInGate),
+    : name_(std::move(name)),
+      moduleClass_(moduleClass),
+      initArgs_(initArgs),
+      pair_(std::move(configStatusPair)),
+      inGates_(reservedInGate, maxInGate),
       outGates_(reservedOutGate, maxOutGate) {
   QEL_ASSERT(pair_, "a module needs a command channel");
   QEL_ASSERT(reservedInGate <= maxInGate && reservedOutGate <= maxOutGate,

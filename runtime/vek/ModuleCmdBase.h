@@ -15,7 +15,8 @@ class ModuleCmdBase : public Lumo::Node {
  public:
   ModuleCmdBase(Lumo::String moduleName, Lumo::String cmdName,
                 std::unique_ptr<google::protobuf::Message> message)
-      : moduleName_(std::move(moduleName)), cmdName_(std::move(cmdName)),
+      : moduleName_(std::move(moduleName)),
+        cmdName_(std::move(cmdName)),
         message_(std::move(message)) {}
 
   const Lumo::String& moduleName() const noexcept { return moduleName_; }

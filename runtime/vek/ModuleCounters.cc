@@ -4,9 +4,8 @@
 
 namespace Vek {
 
-CounterId allocateModulePacketCounter(const Lumo::Ptr<Module>& module,
-                                      const Lumo::Ptr<VekCommonSmData>& vekcsd, Lumo::String name,
-                                      CounterUnit unit) {
+CounterId allocateModulePacketCounter(Module* module, const Lumo::Ptr<VekCommonSmData>& vekcsd,
+                                      Lumo::String name, CounterUnit unit) {
   QEL_ASSERT(module && vekcsd, "allocateModulePacketCounter needs a module and vekcsd");
   const CounterId id = vekcsd->counterAlloc(module->name());
   module->createInDaemon();
@@ -14,7 +13,7 @@ CounterId allocateModulePacketCounter(const Lumo::Ptr<Module>& module,
   return id;
 }
 
-void freeModuleCounters(const Lumo::Ptr<Module>& module, const Lumo::Ptr<VekCommonSmData>& vekcsd) {
+void freeModuleCounters(Module* module, const Lumo::Ptr<VekCommonSmData>& vekcsd) {
   QEL_ASSERT(module && vekcsd, "freeModuleCounters needs a module and vekcsd");
   if (vekcsd->countersFree(module->name()).empty()) return;
   module->channel()->recordIs(FreeCountersRecord{module->name()});

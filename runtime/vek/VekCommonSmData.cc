@@ -5,7 +5,8 @@
 namespace Vek {
 
 VekCommonSmData::VekCommonSmData(std::uint16_t workerCount)
-    : workerCount_(workerCount), managementSm_(Lumo::makePtr<ManagementSm>(workerCount)),
+    : workerCount_(workerCount),
+      managementSm_(Lumo::makePtr<ManagementSm>(workerCount)),
       tcManager_(Lumo::makePtr<TcManager>()) {
   for (std::uint32_t wid = 0; wid < workerCount; ++wid) {
     widToWeightedClass_[wid] = TcManager::workerClassName(wid);

@@ -24,13 +24,14 @@ TEST_F(ModelTest, CommandsItCannotApplyAreRefusedWithAnErrorRecord) {
   send("MfibIpv4red", "addMroute", new vek::pb::SizeArg);
   send("MfibIpv4red", "addMroute", route("\x01\x02", v4Group));
   channel->pump();
-  EXPECT_THAT(takeErrors(),
-              ElementsAre(fmt::format("Ghost 1 {} unknown module Ghost", ENOENT),
-                          fmt::format("MfibIpv4red 1 {} unknown command fly", ENOTSUP),
-                          fmt::format("MfibIpv4red 1 {} command addMroute takes "
-                                      "vek.pb.MfibRouteArg, not vek.pb.SizeArg", EINVAL),
-                          fmt::format("MfibIpv4red 1 {} malformed source or group address",
-                                      EINVAL)));
+  EXPECT_THAT(
+      takeErrors(),
+      ElementsAre(fmt::format("Ghost 1 {} unknown module Ghost", ENOENT),
+                  fmt::format("MfibIpv4red 1 {} unknown command fly", ENOTSUP),
+                  fmt::format("MfibIpv4red 1 {} command addMroute takes "
+                              "vek.pb.MfibRouteArg, not vek.pb.SizeArg",
+                              EINVAL),
+                  fmt::format("MfibIpv4red 1 {} malformed source or group address", EINVAL)));
   EXPECT_EQ(model.errors().size(), 4u);
   EXPECT_TRUE(model.dump()["modules"]["MfibIpv4red"]["table"]["routes"].empty());
 }
@@ -46,21 +47,20 @@ TEST_F(ModelTest, LinksOutOfRangeOrOnTakenGatesAreRefused) {
   channel->recordIs(Vek::ConnectRecord{{"b", 1, "b", 0}});
   channel->recordIs(Vek::DisconnectRecord{{"a", 0, "b", 5}});
   channel->pump();
-  EXPECT_THAT(takeErrors(),
-              ElementsAre(fmt::format("a 4 {} a has no output gate 9000", ERANGE),
-                          fmt::format("a 4 {} output gate 0 of a is linked", EBUSY),
-                          fmt::format("b 4 {} a has no input gate 9000", ERANGE),
-                          fmt::format("b 4 {} unknown module ghost", ENOENT),
-                          fmt::format("b 4 {} input gate 0 of b is linked", EBUSY),
-                          fmt::format("a 5 {} no link a:0 -> b:5", ENOENT)));
+  EXPECT_THAT(takeErrors(), ElementsAre(fmt::format("a 4 {} a has no output gate 9000", ERANGE),
+                                        fmt::format("a 4 {} output gate 0 of a is linked", EBUSY),
+                                        fmt::format("b 4 {} a has no input gate 9000", ERANGE),
+                                        fmt::format("b 4 {} unknown module ghost", ENOENT),
+                                        fmt::format("b 4 {} input gate 0 of b is linked", EBUSY),
+                                        fmt::format("a 5 {} no link a:0 -> b:5", ENOENT)));
   EXPECT_EQ(model.module("a")->out.at(0).module, "b") << "the standing link is untouched";
 }
 
 TEST_F(ModelTest, ModulesOfUnknownClassesOrNamesInUseAreNotCreated) {
   auto first = module("dup", Vek::VekModule::metaData);
   auto second = module("dup", Vek::VekModule::igmpV2);
-  auto odd = Lumo::makePtr<Vek::Module>("odd", static_cast<Vek::VekModule::ModuleClass>(999), 1,
-                                        1, 0, 0, nullptr, pair);
+  auto odd = Lumo::makePtr<Vek::Module>("odd", static_cast<Vek::VekModule::ModuleClass>(999), 1, 1,
+                                        0, 0, nullptr, pair);
   channel->pump();
   EXPECT_THAT(takeErrors(), ElementsAre(fmt::format("dup 2 {} module dup exists", EEXIST),
                                         fmt::format("odd 2 {} unknown module class 999", EINVAL)));
@@ -135,8 +135,8 @@ TEST_F(ModelTest, FailNextRefusesOnlyTheNextMatchingCommand) {
   send("MfibIpv4red", "addMroute", route(v4Source, v4Group));
   channel->pump();
   EXPECT_THAT(takeErrors(), IsEmpty());
-  EXPECT_TRUE(model.dump()["modules"]["MfibIpv4red"]["table"]["routes"].contains(
-      "10.1.1.1,239.1.1.1"));
+  EXPECT_TRUE(
+      model.dump()["modules"]["MfibIpv4red"]["table"]["routes"].contains("10.1.1.1,239.1.1.1"));
 }
 
 TEST_F(ModelTest, ADestroyedModuleTakesItsLinksCountersAndTasksAlong) {

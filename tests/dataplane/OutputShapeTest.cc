@@ -74,7 +74,8 @@ TEST_F(OutputShapeTest, EveryLogLineHasTheFieldsOfItsKindInOrder) {
   runEverything();
   const std::map<std::string, std::vector<std::string>> shapes{
       {"createModule",
-       {"seq", "kind", "name", "class", "inGates", "outGates", "reservedIn", "reservedOut", "init"}},
+       {"seq", "kind", "name", "class", "inGates", "outGates", "reservedIn", "reservedOut",
+        "init"}},
       {"connect", {"seq", "kind", "from", "ogate", "to", "igate"}},
       {"disconnect", {"seq", "kind", "from", "ogate", "to", "igate"}},
       {"destroyModule", {"seq", "kind", "name"}},
@@ -104,15 +105,15 @@ TEST_F(OutputShapeTest, EveryLogLineHasTheFieldsOfItsKindInOrder) {
 
   const auto& log = channel->commandLog().entries();
   auto first = [&log](const char* kind) {
-    return *std::find_if(log.begin(), log.end(), [kind](const Json& e) { return e["kind"] == kind; });
+    return *std::find_if(log.begin(), log.end(),
+                         [kind](const Json& e) { return e["kind"] == kind; });
   };
   Json demux = *std::find_if(log.begin(), log.end(), [](const Json& e) {
     return e["kind"] == "createModule" && e["name"] == "TxDemuxer";
   });
   demux.erase("seq");
-  EXPECT_EQ(demux.dump(),
-            R"({"kind":"createModule","name":"TxDemuxer","class":105,"inGates":8192,)"
-            R"("outGates":8192,"reservedIn":0,"reservedOut":2,"init":null})");
+  EXPECT_EQ(demux.dump(), R"({"kind":"createModule","name":"TxDemuxer","class":105,"inGates":8192,)"
+                          R"("outGates":8192,"reservedIn":0,"reservedOut":2,"init":null})");
   const Json cmd = first("moduleCmd");
   EXPECT_EQ(cmd["arg"]["@type"], "type.googleapis.com/vek.pb.MfibRouteArg");
   EXPECT_EQ(cmd["arg"]["iif"], "1099511627776") << "64-bit integers as decimal strings";

@@ -52,7 +52,8 @@ class KeepingCmd : public Vek::GrpcCmd {
 class ChannelTest : public ChannelFixture {
  protected:
   void enqueueGroupCmd() {
-    group->cmdBatchEnq(Lumo::makePtr<Vek::GrpcCmd>(new bess::pb::EmptyRequest, Vek::resumeAllRequest));
+    group->cmdBatchEnq(
+        Lumo::makePtr<Vek::GrpcCmd>(new bess::pb::EmptyRequest, Vek::resumeAllRequest));
   }
   // Answers every module command, and refuses those named "bad".
   void answerEveryCommand() {
@@ -83,9 +84,9 @@ TEST_F(ChannelTest, ModuleAndGroupCommandsKeepOneOrder) {
   group->enqueueVersionInc(1);
   pair->config()->cmdBatchEnq(command("m", "third"));
   channel->pump();
-  EXPECT_THAT(backend.summary(), ElementsAre("createModule m", "moduleCmd m first",
-                                             "moduleCmd m second", "groupCmd agent",
-                                             "moduleCmd m third"));
+  EXPECT_THAT(backend.summary(),
+              ElementsAre("createModule m", "moduleCmd m first", "moduleCmd m second",
+                          "groupCmd agent", "moduleCmd m third"));
   EXPECT_EQ(group->enqueueVersion(), 1u);
 }
 
@@ -125,6 +126,8 @@ TEST_F(ChannelTest, ErrorsReachTheErrorQueueAndTheLog) {
   ASSERT_EQ(log.size(), 3u);
   EXPECT_EQ(log[2].dump(),
             R"({"seq":3,"kind":"error","module":"m","type":1,"code":5,"msg":"no room"})");
+  EXPECT_EQ(channel->commandLog().entriesSince(2).front(), log[2]);
+  EXPECT_TRUE(channel->commandLog().entriesSince(3).empty());
 }
 
 TEST_F(ChannelTest, ErrorsWaitInTheQueueUntilSomeoneTakesThem) {

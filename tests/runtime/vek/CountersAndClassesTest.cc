@@ -30,11 +30,10 @@ TEST_F(CountersAndClassesTest, CountersAreKnownAtOnceAndFreedIdsAreReused) {
   Vek::freeModuleCounters(igmp, vekcsd);  // nothing left: nothing sent
   EXPECT_EQ(Vek::allocateModulePacketCounter(mfib, vekcsd, "Again", 1), pkt);
   channel->pump();
-  EXPECT_THAT(backend.summary(),
-              ElementsAre("createModule igmp", "allocateCounter Pkt igmp",
-                          "allocateCounter Proto igmp", "createModule mfib",
-                          "allocateCounter Other mfib", "freeCounters igmp",
-                          "allocateCounter Again mfib"));
+  EXPECT_THAT(backend.summary(), ElementsAre("createModule igmp", "allocateCounter Pkt igmp",
+                                             "allocateCounter Proto igmp", "createModule mfib",
+                                             "allocateCounter Other mfib", "freeCounters igmp",
+                                             "allocateCounter Again mfib"));
   EXPECT_EQ(backend.delivered[1]["name"], "Pkt");
   EXPECT_EQ(backend.delivered[1]["id"], pkt.value());
 }
@@ -70,10 +69,11 @@ TEST_F(CountersAndClassesTest, TrafficClassRequestsTravelThroughTheGroup) {
   ASSERT_EQ(backend.delivered.size(), 2u);
   EXPECT_EQ(backend.delivered[0].dump(),
             fmt::format(R"({{"kind":"createRateLimitTc","tc":"{}","worker":1,"unit":"packet",)"
-                        R"("limit":1000,"burst":-1}})", tc));
-  EXPECT_EQ(backend.delivered[1].dump(),
-            fmt::format(R"({{"kind":"attachTaskToTc","task":"task","tc":"{}","id":9,"weight":1}})",
+                        R"("limit":1000,"burst":-1}})",
                         tc));
+  EXPECT_EQ(
+      backend.delivered[1].dump(),
+      fmt::format(R"({{"kind":"attachTaskToTc","task":"task","tc":"{}","id":9,"weight":1}})", tc));
 }
 
 }  // namespace

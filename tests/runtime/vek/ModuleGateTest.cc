@@ -90,9 +90,8 @@ TEST_F(ModuleGateTest, TheDaemonModuleIsCreatedAtFirstUseAndGoesWithItsLinks) {
   a.reset();
   channel->pump();
   EXPECT_THAT(backend.summary(),
-              ElementsAre("createModule a", "createModule b", "connect a b",
-                          "createModule c", "connect c a", "disconnect a b", "disconnect c a",
-                          "destroyModule a"));
+              ElementsAre("createModule a", "createModule b", "connect a b", "createModule c",
+                          "connect c a", "disconnect a b", "disconnect c a", "destroyModule a"));
   EXPECT_EQ(backend.delivered[0]["init"]["@type"], "type.googleapis.com/vek.pb.SizeArg");
   EXPECT_TRUE(b->inLinks().empty());
   EXPECT_TRUE(c->outLinks().empty());
