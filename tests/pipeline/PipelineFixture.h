@@ -54,6 +54,12 @@ class PipelineFixture : public ::testing::Test {
   }
   Json moduleDump(const std::string& name) { return dump()["modules"][name]; }
   Json table(const std::string& name) { return moduleDump(name)["table"]; }
+  Json port(const std::string& name) { return dump()["ports"][name]; }
+  // The number of records the channel has carried so far.
+  std::uint64_t logSeq() {
+    channel->pump();
+    return channel->commandLog().lastSeq();
+  }
   bool hasModule(const std::string& name) { return dump()["modules"].contains(name); }
   std::size_t errorCount() {
     channel->pump();
