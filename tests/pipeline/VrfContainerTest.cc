@@ -61,17 +61,7 @@ class VrfContainerTest : public PipelineFixture {
 };
 
 // One daemon and one agent side, for runs that must not share anything.
-struct World {
-  World() {
-    channel->backendIs(&model);
-    global->cmdConfigGroupIs(group);
-  }
-  Dataplane::Model model{2};
-  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
-  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
-  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
-  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
-  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
+struct World : PipelineWorld {
   Lumo::Ptr<McastModuleManager> manager = mcastModuleManagerFactory(pair);
 };
 
