@@ -3,9 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "pipeline/BessPortOru.h"
-#include "pipeline/MetaDataModule.h"
-#include "pipeline/PortModules.h"
+#include "pipeline/PathAttrs.h"
 #include "pipeline/VekMcastTypes.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/Entity.h"
@@ -20,9 +18,8 @@ namespace VekL3Mcast {
 
 // One receive path of a VRF that captures on the VRF's "any" device the packets of one
 // mark class: port, receive module, metadata module.
-class McastAnyRx : public Qel::Entity {
+class McastAnyRx : public WithMetaDataModule<WithRxModule<WithBessPort<Qel::Entity>>> {
  public:
-  enum : Qel::AttributeId { kMetaDataModule = 1, kRxModule, kBessPort };
   // The metadata proxy of an any-device path names no source interface.
   static constexpr std::uint64_t noStaticSrcIntfId = 0xFFFFFFFF;
 
@@ -42,40 +39,10 @@ class McastAnyRx : public Qel::Entity {
   // Passed on to the metadata module, if there is one.
   void setIfIndexIntfId(std::uint32_t ifIndex, std::uint64_t intfId);
 
-  const Lumo::Ptr<MetaDataModule>& metaDataModule() const noexcept { return metaDataModule_.get(); }
-  Lumo::Ptr<MetaDataModule> metaDataModuleIs(
-      const Lumo::String& name, google::protobuf::Message* initArgs,
-      const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair, const L3::VrfName& vrfName,
-      bool portDeviceAny, bool mcastHwFwd, bool staticSrcIntf, std::uint64_t staticSrcIntfId,
-      bool rxPeerLinkOrCore) {
-    return metaDataModule_.is(*this, name, initArgs, modulePair, vrfName, portDeviceAny,
-                              mcastHwFwd, staticSrcIntf, staticSrcIntfId, rxPeerLinkOrCore);
-  }
-  void metaDataModuleDel() { metaDataModule_.del(*this); }
-
-  const Lumo::Ptr<Vek::Module>& rxModule() const noexcept { return rxModule_.get(); }
-  Lumo::Ptr<Vek::Module> rxModuleIs(const Lumo::String& name, std::uint32_t maxOutGate,
-                                    const Lumo::String& portName,
-                                    const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair) {
-    return rxModule_.isWith(*this, &makeRxModule, name, maxOutGate, portName, modulePair);
-  }
-  void rxModuleDel() { rxModule_.del(*this); }
-
-  const Lumo::Ptr<BessPortOru>& bessPort() const noexcept { return bessPort_.get(); }
-  Lumo::Ptr<BessPortOru> bessPortIs(const Lumo::String& name, const Lumo::String& driver,
-                                    google::protobuf::Message* initArgs,
-                                    const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup) {
-    return bessPort_.is(*this, name, driver, initArgs, configGroup);
-  }
-  void bessPortDel() { bessPort_.del(*this); }
-
  private:
   L3::VrfName vrfName_;
   McastRxType rxType_;
   Lumo::Ptr<Lanx::PamRxBuf const> rxBufSize_;
-  MetaDataModuleAttr<kMetaDataModule, "metaDataModule"> metaDataModule_;
-  RxModuleAttr<kRxModule, "rxModule"> rxModule_;
-  BessPortAttr<kBessPort, "bessPort"> bessPort_;
 };
 
 }  // namespace VekL3Mcast

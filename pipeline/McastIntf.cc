@@ -7,7 +7,7 @@
 namespace VekL3Mcast {
 
 McastIntf::McastIntf(L3::VrfName vrfName, Lanx::IntfId intfId, McastIntfType intfType)
-    : Vek::McastIntfBase(std::move(vrfName), intfId), intfType_(intfType) {}
+    : WithMetaDataModule(std::move(vrfName), intfId), intfType_(intfType) {}
 
 void McastIntf::createBessPort(const Lumo::String& deviceName,
                                const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup) {

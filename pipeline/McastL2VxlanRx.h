@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "pipeline/BessPortOru.h"
-#include "pipeline/PortModules.h"
+#include "pipeline/PathAttrs.h"
 #include "pipeline/VekMcastTypes.h"
 #include "pipeline/VlanMetadataModule.h"
 #include "runtime/lumo/Ptr.h"
@@ -19,9 +18,8 @@ namespace VekL3Mcast {
 
 // One receive path on the "fabric" device of the default VRF, for the packets of one mark
 // class: port, receive module, VLAN metadata module.
-class McastL2VxlanRx : public Qel::Entity {
+class McastL2VxlanRx : public WithRxModule<WithBessPort<Qel::Entity>> {
  public:
-  enum : Qel::AttributeId { kVlanMetadataModule = 1, kRxModule, kBessPort };
   static constexpr std::string_view fabricDevice = "fabric";
   static constexpr std::uint32_t vlanMetadataInGates = 2;
   static constexpr std::uint32_t vlanMetadataOutGates = 1;
@@ -49,32 +47,13 @@ class McastL2VxlanRx : public Qel::Entity {
                                   mcastHwFwd, rxPeerLinkOrCore);
   }
   void vlanMetadataModuleDel() { vlanMetadataModule_.del(*this); }
-
-  const Lumo::Ptr<Vek::Module>& rxModule() const noexcept { return rxModule_.get(); }
-  Lumo::Ptr<Vek::Module> rxModuleIs(const Lumo::String& name, std::uint32_t maxOutGate,
-                                    const Lumo::String& portName,
-                                    const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair) {
-    return rxModule_.isWith(*this, &makeRxModule, name, maxOutGate, portName, modulePair);
-  }
-  void rxModuleDel() { rxModule_.del(*this); }
-
-  const Lumo::Ptr<BessPortOru>& bessPort() const noexcept { return bessPort_.get(); }
-  Lumo::Ptr<BessPortOru> bessPortIs(const Lumo::String& name, const Lumo::String& driver,
-                                    google::protobuf::Message* initArgs,
-                                    const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup) {
-    return bessPort_.is(*this, name, driver, initArgs, configGroup);
-  }
-  void bessPortDel() { bessPort_.del(*this); }
-
  private:
   McastRxType rxType_;
   Lumo::Ptr<Lanx::PamRxBuf const> rxBufSize_;
-  Qel::InstantiatingAttr<VlanMetadataModule, kVlanMetadataModule, "vlanMetadataModule",
+  Qel::InstantiatingAttr<VlanMetadataModule, PathAttr::kVlanMetadataModule, "vlanMetadataModule",
                          Lumo::String, std::uint32_t, std::uint32_t, google::protobuf::Message*,
                          Lumo::Ptr<Vek::ModuleConfigStatusPair>, bool, bool>
       vlanMetadataModule_;
-  RxModuleAttr<kRxModule, "rxModule"> rxModule_;
-  BessPortAttr<kBessPort, "bessPort"> bessPort_;
 };
 
 }  // namespace VekL3Mcast

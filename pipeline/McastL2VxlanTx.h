@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "pipeline/PortModules.h"
+#include "pipeline/PathAttrs.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/lumo/String.h"
 #include "runtime/qel/Entity.h"
@@ -13,9 +13,8 @@ namespace VekL3Mcast {
 
 // The transmit module towards the fabric for decapsulated L2 multicast. It writes to a
 // port that another path made, so it has no port of its own.
-class McastL2VxlanTx : public Qel::Entity {
+class McastL2VxlanTx : public WithTxModule<Qel::Entity> {
  public:
-  enum : Qel::AttributeId { kTxModule = 1 };
   static constexpr std::string_view txModuleName = "Tx_fabric";
 
   explicit McastL2VxlanTx(Lumo::String portName) : portName_(std::move(portName)) {}
@@ -25,16 +24,8 @@ class McastL2VxlanTx : public Qel::Entity {
 
   void createTxModule(const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair);
 
-  const Lumo::Ptr<Vek::Module>& txModule() const noexcept { return txModule_.get(); }
-  Lumo::Ptr<Vek::Module> txModuleIs(const Lumo::String& name, const Lumo::String& portName,
-                                    const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair) {
-    return txModule_.isWith(*this, &makeTxModule, name, portName, modulePair);
-  }
-  void txModuleDel() { txModule_.del(*this); }
-
  private:
   Lumo::String portName_;
-  TxModuleAttr<kTxModule, "txModule"> txModule_;
 };
 
 }  // namespace VekL3Mcast

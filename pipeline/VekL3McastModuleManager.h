@@ -11,9 +11,14 @@
 #include "runtime/qel/InstantiatingAttr.h"
 #include "runtime/qel/InstantiatingCollectionAttr.h"
 #include "runtime/qel/ValueAttr.h"
+#include "runtime/state/AddressFamily.h"
+#include "runtime/state/IntfId.h"
 #include "runtime/state/PamRxBuf.h"
+#include "runtime/state/VrfId.h"
 #include "runtime/state/VrfName.h"
+#include "runtime/vek/CmdConfigGroup.h"
 #include "runtime/vek/ModuleConfigStatusPair.h"
+#include "runtime/vek/VekCommonSmData.h"
 
 namespace VekL3Mcast {
 
@@ -34,9 +39,46 @@ class McastModuleManager : public Qel::Entity {
   static constexpr std::string_view txDemuxerName = "TxDemuxer";
   // Set to any value, it keeps the demultiplexer from being made.
   static constexpr const char* bypassTxDemuxerEnv = "BYPASS_TXDEMUXER";
+  static constexpr std::string_view igmpV2Name = "IgmpV2";
+  static constexpr std::uint32_t igmpV2Gates = 8192;
 
   explicit McastModuleManager(Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair);
   std::string_view typeName() const override { return "VekL3Mcast::McastModuleManager"; }
+
+  // ---- Per-VRF elements; a create makes the VRF's container on demand, a delete of the
+  // last element removes it. A delete for a VRF or element that is not there does nothing.
+
+  // Finds or makes the container, and opens its socket if that has not worked yet.
+  Lumo::Ptr<McastVrfContainer> createVrfContainer(const L3::VrfName& vrfName);
+  void maybeDeleteVrfContainer(const Lumo::Ptr<McastVrfContainer>& container);
+
+  Lumo::Ptr<MfibAf> createMfibModule(Lanx::AddressFamily af, const L3::VrfName& vrfName,
+                                     Vrf::VrfIdMap::VrfId vrfId, bool oru);
+  void deleteMfibModule(Lanx::AddressFamily af, const L3::VrfName& vrfName);
+  Lumo::Ptr<PimRegRx> createPimRegRx(Lanx::AddressFamily af, const L3::VrfName& vrfName,
+                                     const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup);
+  void deletePimRegRx(Lanx::AddressFamily af, const L3::VrfName& vrfName);
+  Lumo::Ptr<McastAnyRxSet> createMcastAnyRxSet(const L3::VrfName& vrfName,
+                                               Vrf::VrfIdMap::VrfId vrfId,
+                                               const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup);
+  void deleteMcastAnyRxSet(const L3::VrfName& vrfName);
+  Lumo::Ptr<McastIntf> createIntfModule(const L3::VrfName& vrfName, Lanx::IntfId intfId,
+                                        const Lumo::String& deviceName, bool txOnly,
+                                        const Lumo::Ptr<Vek::CmdConfigGroup>& configGroup);
+  void deleteIntfModule(const L3::VrfName& vrfName, Lanx::IntfId intfId,
+                        const Lumo::String& deviceName);
+
+  // The one IGMPv2 module, made at the first IPv4 request; IPv6 has none and gets what
+  // stands, possibly null. It goes when its last VRF goes, whatever the family of the call.
+  // Neither touches the lifetime of the VRF's container.
+  Lumo::Ptr<IgmpV2> createIgmpV2Module(Lanx::AddressFamily af, const L3::VrfName& vrfName,
+                                       Vrf::VrfIdMap::VrfId vrfId, bool oru,
+                                       const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd);
+  void deleteIgmpV2Module(Lanx::AddressFamily af, const L3::VrfName& vrfName,
+                          Vrf::VrfIdMap::VrfId vrfId,
+                          const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd);
+
+  // ---- Attributes ----
 
   const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair() const noexcept {
     return modulePair_.get();

@@ -33,12 +33,25 @@ class ScopedEnv {
 };
 
 // The host's set-up: a channel whose far end is the data-plane model, the agent's command
-// group, and the shared data. Each test starts on a namespace device with every toggle on.
-class PipelineFixture : public ::testing::Test {
- protected:
-  PipelineFixture() {
+// group, and the shared data.
+struct PipelineWorld {
+  PipelineWorld() {
     channel->backendIs(&model);
     global->cmdConfigGroupIs(group);
+  }
+
+  Dataplane::Model model{2};
+  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
+  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
+  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
+  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
+  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
+};
+
+// Each test starts on a namespace device with every toggle on.
+class PipelineFixture : public ::testing::Test, protected PipelineWorld {
+ protected:
+  PipelineFixture() {
     Vek::namespaceDutIs(true);
     Toggle::overrideDelAll();
   }
@@ -65,13 +78,6 @@ class PipelineFixture : public ::testing::Test {
     channel->pump();
     return model.errors().size();
   }
-
-  Dataplane::Model model{2};
-  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
-  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
-  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
-  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
-  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
 };
 
 }  // namespace PipelineTest
