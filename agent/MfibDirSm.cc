@@ -72,10 +72,9 @@ void MfibDirSm::doAddTable(const MfibTableKey& table) {
 
 void MfibDirSm::doRemoveTable(const MfibTableKey& table) {
   const std::string path = tablePath(table);
-  if (auto adapter = mfibVrfDir_->vrfAdapter(table.vrf)) {
-    adapter->mfibVashDel(table.app);
-    if (adapter->mfibVashCount() == 0) mfibVrfDir_->vrfAdapterDel(table.vrf);
-  }
+  // The adapter stays, also without tables: its readers see the table go and take its
+  // routes out of the data plane.
+  if (auto adapter = mfibVrfDir_->vrfAdapter(table.vrf)) adapter->mfibVashDel(table.app);
   tableByPath_.erase(Lumo::String(path));
   mount_.erase(MfibTableKey(table));
   sharedMem_->doUnmount(path);

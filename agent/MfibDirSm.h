@@ -14,8 +14,8 @@ namespace VekL3Mcast {
 
 // Mounts the route tables that the route directory of one family lists and puts each
 // into the adapter of its VRF once its mount has finished; a table that is no longer
-// listed leaves its adapter, an adapter without tables leaves the VRF directory, and the
-// table is unmounted.
+// listed leaves its adapter and is unmounted. A VRF's adapter is made with its first table
+// and stays.
 class MfibDirSm : public Qel::StateMachine {
  public:
   MfibDirSm(Lumo::Ptr<Routing::Multicast::Fib::MfibDir const> mfibDir,

@@ -91,11 +91,21 @@ MfaAgent::~MfaAgent() {
   bridgingConfigDispatch_.isRegisteredIs(false);
   mcastIntfRootDispatch_.isRegisteredIs(false);
   mcastIntfRoot6Dispatch_.isRegisteredIs(false);
+  kernelMfibConfigCollDispatch_.isRegisteredIs(false);
+  kernelMfibConfigColl6Dispatch_.isRegisteredIs(false);
+  mfibVrfDirDispatch_.isRegisteredIs(false);
+  mfib6VrfDirDispatch_.isRegisteredIs(false);
   intfStatusManagerRoot_.del(*this);
   mfibDirSm_.del(*this);
   mfib6DirSm_.del(*this);
+  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+    while (!mfibSms(af).empty()) mfibSmDel(L3::VrfName(mfibSms(af).begin()->key), af);
+  }
+  HN_NestedSm_MfibVrfAdapter_.smDelAll();
+  HN_NestedSm_Mfib6VrfAdapter_.smDelAll();
   HN_NestedSm_AppRootSm_.smDelAll();
   HN_NestedSm_AppRoot6Sm_.smDelAll();
+  txDemuxerL3IntfSm_.del(*this);
 }
 
 void MfaAgent::handleInitialized() {
@@ -120,8 +130,9 @@ void MfaAgent::handleInitialized() {
 
   doGetFamilyInputs(AddressFamily::ipv4);
   doGetFamilyInputs(AddressFamily::ipv6);
-  // The interface VLAN configuration (full agent) and the demultiplexer's interface
-  // programmer (reduced agent) join here with the interface tracker.
+  // The interface VLAN configuration of the full agent joins here with the interface
+  // tracker.
+  if (!oru_) txDemuxerL3IntfSmIs(vekcsd(), mcastModuleManager());
 
   createKniSm(L3::VrfName::defaultVrf());
   initialized_.is(*this, true);
@@ -210,14 +221,25 @@ void MfaAgent::doGetFamilyInputs(AddressFamily af) {
                    entityManager(), Routing::Multicast::MulticastIntfsAppDir::path(af)));
   familyAttrIs(*this, af, mfibDir_, mfib6Dir_,
                centralEntity<MfibDir>(entityManager(), MfibDir::path(af)));
-  if (af == AddressFamily::ipv6) {
-    mfib6DirSmIs(mfib6Dir_.get(), mfib6VrfDirIs(), entityManager());
+  const bool v6 = af == AddressFamily::ipv6;
+  const auto vrfDir = v6 ? mfib6VrfDirIs() : mfibVrfDirIs();
+  auto& vrfDirDispatch = v6 ? mfib6VrfDirDispatch_ : mfibVrfDirDispatch_;
+  vrfDirDispatch.publisherIs(vrfDir.get());
+  vrfDirDispatch.isRegisteredIs(true);
+  if (v6) {
+    mfib6DirSmIs(mfib6Dir_.get(), vrfDir, entityManager());
   } else {
-    mfibDirSmIs(mfibDir_.get(), mfibVrfDirIs(), entityManager());
+    mfibDirSmIs(mfibDir_.get(), vrfDir, entityManager());
   }
-  familyAttrIs(*this, af, kernelMfibConfigColl_, kernelMfibConfigColl6_,
-               centralEntity<Routing::KernelMfib::ConfigColl>(
-                   entityManager(), Routing::KernelMfib::ConfigColl::mountPath(af)));
+  // Tables mounted while the directory machine came up.
+  for (const auto& adapter : vrfDir->vrfAdapters()) handleMfibVrfAdapter(af, adapter.key);
+
+  auto configColl = centralEntity<Routing::KernelMfib::ConfigColl>(
+      entityManager(), Routing::KernelMfib::ConfigColl::mountPath(af));
+  auto& configDispatch = v6 ? kernelMfibConfigColl6Dispatch_ : kernelMfibConfigCollDispatch_;
+  configDispatch.publisherIs(const_cast<Routing::KernelMfib::ConfigColl*>(configColl.get()));
+  configDispatch.isRegisteredIs(true);
+  familyAttrIs(*this, af, kernelMfibConfigColl_, kernelMfibConfigColl6_, std::move(configColl));
   // The agent writes this one: which VRFs it programs.
   familyAttrIs(*this, af, kernelMfibStatusColl_, kernelMfibStatusColl6_,
                Lumo::ptrCast<Routing::KernelMfib::StatusColl>(
@@ -269,7 +291,7 @@ void MfaAgent::handleDelete() {
   for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
     // The stop takes the member out under the loop: work on a copy of the names.
     std::vector<L3::VrfName> vrfs;
-    for (const auto& module : mfibModules(af)) vrfs.push_back(module.key);
+    for (const auto& sm : mfibSms(af)) vrfs.push_back(sm.key);
     for (const L3::VrfName& vrf : vrfs) stopMfibSm(vrf, af);
   }
   deleteKniSm(L3::VrfName::defaultVrf());

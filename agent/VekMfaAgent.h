@@ -8,8 +8,13 @@
 
 #include "agent/MfibDirSm.h"
 #include "agent/NestedSm_AppRootSm.h"
+#include "agent/NestedSm_MfibVrfAdapter.h"
 #include "mfib/VekL3MfibModule.h"
+#include "mfib/VekL3MfibSm.h"
+#include "pipeline/McastAnyRxSet.h"
+#include "pipeline/PimRegRx.h"
 #include "pipeline/VekL3McastModuleManager.h"
+#include "pipeline/VekMcastL3IntfSm.h"
 #include "runtime/cordex/EntityManager.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/CollectionAttr.h"
@@ -87,6 +92,12 @@ class MfaAgent : public Qel::StateMachine {
     kCmdConfigGroup,
     kMfibModule,
     kMfib6Module,
+    kMfibSm,
+    kMfib6Sm,
+    kMcastAnyRxSet,
+    kPimRegRxVrf,
+    kPimRegRx6Vrf,
+    kTxDemuxerL3IntfSm,
     kAllIntfStatusDir,
     kAllIntfStatusLocalDir,
     kAllVrfStatusLocal,
@@ -240,6 +251,45 @@ class MfaAgent : public Qel::StateMachine {
   }
   void mfibModuleIs(const Lumo::Ptr<MfibAf>& module);
   void mfibModuleDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  Lumo::Ptr<VekL3MfibSm> mfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.get(vrf) : mfibSm_.get(vrf);
+  }
+  const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<VekL3MfibSm>>& mfibSms(
+      Lanx::AddressFamily af) const noexcept {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.members() : mfibSm_.members();
+  }
+  // The route machine of a VRF and family; it hangs below the agent.
+  Lumo::Ptr<VekL3MfibSm> mfibSmIs(const L3::VrfName& vrf, Lanx::AddressFamily af, bool oru,
+                                  const Lumo::Ptr<MfibAf>& module,
+                                  const Lumo::Ptr<Vek::ModuleConfigStatusPair>& pair,
+                                  const Lumo::Ptr<Vek::CmdConfigGroup>& group,
+                                  const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
+                                  const Lumo::Ptr<Dov::TaskScheduler>& scheduler);
+  void mfibSmDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  Lumo::Ptr<McastAnyRxSet> mcastAnyRxSet(const L3::VrfName& vrf) const {
+    return mcastAnyRxSet_.get(vrf);
+  }
+  void mcastAnyRxSetIs(const Lumo::Ptr<McastAnyRxSet>& set) {
+    mcastAnyRxSet_.is(*this, set->vrfName(), set);
+  }
+  void mcastAnyRxSetDel(const L3::VrfName& vrf) { mcastAnyRxSet_.del(*this, vrf); }
+  Lumo::Ptr<PimRegRx> pimRegRxVrf(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? pimRegRx6Vrf_.get(vrf) : pimRegRxVrf_.get(vrf);
+  }
+  void pimRegRxVrfIs(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                     const Lumo::Ptr<PimRegRx>& port);
+  void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  const Lumo::Ptr<VekMcastL3IntfSm>& txDemuxerL3IntfSm() const noexcept {
+    return txDemuxerL3IntfSm_.get();
+  }
+  Lumo::Ptr<VekMcastL3IntfSm> txDemuxerL3IntfSmIs(const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
+                                                  const Lumo::Ptr<McastModuleManager>& manager) {
+    return txDemuxerL3IntfSm_.is(*this, vekcsd, manager);
+  }
+  bool mfibVrfAdapterSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_.has(vrf)
+                                           : HN_NestedSm_MfibVrfAdapter_.has(vrf);
+  }
   bool appRootSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
     return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_AppRoot6Sm_.has(vrf)
                                            : HN_NestedSm_AppRootSm_.has(vrf);
@@ -297,6 +347,12 @@ class MfaAgent : public Qel::StateMachine {
   void handleAppRootSm(Lanx::AddressFamily af, const L3::VrfName& vrf);
   void handleMcastIntf(const L3::VrfName& vrf, Lanx::IntfId intf, Lanx::AddressFamily af);
   void handleMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleKernelMfibConfig(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleMfibVrfAdapter(Lanx::AddressFamily af, const L3::VrfName& vrf);
+  // Puts a module's task under the weighted class of the worker that is next in line.
+  void attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight);
+  void attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set);
+  void attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port);
   void createKniSm(const L3::VrfName& vrf);
   void deleteKniSm(const L3::VrfName& vrf);
   // Lets the daemon's workers run; the full agent only.
@@ -333,6 +389,22 @@ class MfaAgent : public Qel::StateMachine {
   void handleAppRootSm6(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv6, vrf); }
   void handleVrfNameToIdKey(const Lumo::String& name) { handleVrfNameToId(name); }
   void handleHwVrfIdToNameKey(const Vrf::VrfIdMap::VrfId& id) { handleHwVrfIdToName(id); }
+  void handleKernelMfibConfig4(const L3::VrfName& vrf) {
+    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv4);
+  }
+  void handleKernelMfibConfig6(const L3::VrfName& vrf) {
+    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv6);
+  }
+  void handleMfibVrfAdapter4(const L3::VrfName& vrf) {
+    handleMfibVrfAdapter(Lanx::AddressFamily::ipv4, vrf);
+  }
+  void handleMfibVrfAdapter6(const L3::VrfName& vrf) {
+    handleMfibVrfAdapter(Lanx::AddressFamily::ipv6, vrf);
+  }
+  // Brings up a VRF's FIB module and what it needs, unless it stands.
+  void doCreateMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                          Vrf::VrfIdMap::VrfId id);
+  void doCreateMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
   // Binds the reactors that follow the status queues and the name map; binding runs them.
   void qel_ConfigStatusPair_ModuleStatusInIs(const Lumo::Ptr<Vek::ModuleStatus>& status);
   void qel_VrfNameStatus_NameToIdMapInIs(
@@ -380,6 +452,20 @@ class MfaAgent : public Qel::StateMachine {
 
   Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfibModule> mfibModule_;
   Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfib6Module> mfib6Module_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfibSm> mfibSm_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfib6Sm> mfib6Sm_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<McastAnyRxSet>, kMcastAnyRxSet> mcastAnyRxSet_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRxVrf> pimRegRxVrf_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRx6Vrf> pimRegRx6Vrf_;
+  Qel::InstantiatingAttr<VekMcastL3IntfSm, kTxDemuxerL3IntfSm, "txDemuxerL3IntfSm",
+                         Lumo::Ptr<Vek::VekCommonSmData>, Lumo::Ptr<McastModuleManager>>
+      txDemuxerL3IntfSm_;
+  Qel::NestedSmCollection<MfaAgent, NestedSm_MfibVrfAdapter,
+                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
+      HN_NestedSm_MfibVrfAdapter_{this};
+  Qel::NestedSmCollection<MfaAgent, NestedSm_MfibVrfAdapter,
+                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
+      HN_NestedSm_Mfib6VrfAdapter_{this};
   Qel::NestedSmCollection<MfaAgent, NestedSm_AppRootSm,
                           &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
       HN_NestedSm_AppRootSm_{this};
@@ -478,6 +564,18 @@ class MfaAgent : public Qel::StateMachine {
   Qel::SmSubscriber<MfaAgent> mcastIntfRootDispatch_{
       this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
                                   &MfaAgent::handleAppRootSm4>};
+  Qel::SmSubscriber<MfaAgent> kernelMfibConfigCollDispatch_{
+      this, &Qel::reactorDispatch<MfaAgent, Routing::KernelMfib::ConfigColl::kConfig,
+                                  &MfaAgent::handleKernelMfibConfig4>};
+  Qel::SmSubscriber<MfaAgent> kernelMfibConfigColl6Dispatch_{
+      this, &Qel::reactorDispatch<MfaAgent, Routing::KernelMfib::ConfigColl::kConfig,
+                                  &MfaAgent::handleKernelMfibConfig6>};
+  Qel::SmSubscriber<MfaAgent> mfibVrfDirDispatch_{
+      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
+                                  &MfaAgent::handleMfibVrfAdapter4>};
+  Qel::SmSubscriber<MfaAgent> mfib6VrfDirDispatch_{
+      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
+                                  &MfaAgent::handleMfibVrfAdapter6>};
   Qel::SmSubscriber<MfaAgent> mcastIntfRoot6Dispatch_{
       this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
                                   &MfaAgent::handleAppRootSm6>};

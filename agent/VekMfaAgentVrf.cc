@@ -5,6 +5,7 @@
 #include "runtime/sharedmem/MountInfo.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/trace/Trace.h"
+#include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/vek/ModuleCounters.h"
 
 // The VRF side of the agent: ids, namespace state, and the start and stop of a VRF's
@@ -231,21 +232,196 @@ void MfaAgent::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
   if (!isSupported(af)) return;
   VEK_TRACE(info, "startMfibSm vrf: {} af: {}", vrf, af);
   createKniSm(vrf);
+  const Vrf::VrfIdMap::VrfId id = vrfIdForModules(vrf);
+  mcastModuleManager()->createIgmpV2Module(af, vrf, id, oru_, vekcsd());
+
+  if (oru_ && !mcastAnyRxSet(vrf)) {
+    VEK_TRACE(info, "Create McastAnyRxSet( {} )", vrf);
+    auto set = mcastModuleManager()->createMcastAnyRxSet(vrf, id, cmdConfigGroup());
+    mcastAnyRxSetIs(set);
+    // The interface tracker maps the VRF's ifIndexes here, and the egress side of VXLAN
+    // and MPLS connects the demultiplexer, once they are built.
+    attachMcastAnyRxSetTasks(set);
+  }
+
   mcastIntfRoot(af)->vrfSmIs(vrf, af, multicastIntfsAppDir(af));
   kernelMfibStatusColl(af)->vrfStatusIs(vrf);
+
+  if (oru_) {
+    Lumo::Ptr<PimRegRx> port = pimRegRxVrf(vrf, af);
+    if (!port) {
+      VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
+                vrf);
+      port = mcastModuleManager()->createPimRegRx(af, vrf, cmdConfigGroup());
+      pimRegRxVrfIs(vrf, af, port);
+    }
+    attachPimRegRxTasks(port);
+  }
+
+  if (!mfibModule(vrf, af)) doCreateMfibModule(vrf, af, id);
+  if (!mfibSm(vrf, af)) doCreateMfibSm(vrf, af);
+}
+
+void MfaAgent::doCreateMfibModule(const L3::VrfName& vrf, AddressFamily af,
+                                  Vrf::VrfIdMap::VrfId id) {
+  const Lumo::Ptr<MfibAf> module = mcastModuleManager()->createMfibModule(af, vrf, id, oru_);
+  addMfibModuleCounters(module, vekcsd());
+  mfibModuleIs(module);
+  // The MPLS side catches up on the VRF's provider interface here once it is built.
+  if (bridgingConfig()) module->setBridgeMacAddr(bridgingConfig()->bridgeMacAddr());
+  if (oru_) {
+    module->regMfibTasks(vrf);
+    module->regCleanupTask(vrf);
+  } else {
+    const std::uint32_t workers = managementSm()->workerCount();
+    module->regMfibTasksForAllWorkers(vrf, workers);
+    module->regCleanupTaskForAllWorkers(vrf, workers);
+  }
+}
+
+void MfaAgent::doCreateMfibSm(const L3::VrfName& vrf, AddressFamily af) {
+  const auto sm = mfibSmIs(vrf, af, oru_, mfibModule(vrf, af), configStatusPair(),
+                           cmdConfigGroup(), vekcsd(), Dov::TaskSchedulerRoot::findOrCreateScheduler());
+  if (auto adapter = mfibVrfDir(af)->vrfAdapter(vrf); adapter && adapter->mfibVashCount() > 0) {
+    sm->mfibVrfAdapterIs(adapter);
+  }
+  handleKernelMfibConfig(vrf, af);
 }
 
 void MfaAgent::stopMfibSm(const L3::VrfName& vrf, AddressFamily af) {
   if (!initialized()) return;
   if (!isSupported(af)) return;
   VEK_TRACE(info, "stopMfibSm vrf: {} af: {}", vrf, af);
-  if (const Lumo::Ptr<MfibAf> module = mfibModule(vrf, af)) {
-    Vek::freeModuleCounters(module, vekcsd());
-    mfibModuleDel(vrf, af);
+  // The route machine goes first: it must send nothing to a module on its way out.
+  const Lumo::Ptr<MfibAf> module = mfibModule(vrf, af);
+  mfibSmDel(vrf, af);
+  if (module) Vek::freeModuleCounters(module, vekcsd());
+  mfibModuleDel(vrf, af);
+  mcastModuleManager()->deleteMfibModule(af, vrf);
+  if (oru_) {
+    pimRegRxVrfDel(vrf, af);
+    mcastModuleManager()->deletePimRegRx(af, vrf);
   }
-  const bool familyLeft =
-      mfibModule(vrf, AddressFamily::ipv4) || mfibModule(vrf, AddressFamily::ipv6);
+  mcastModuleManager()->deleteIgmpV2Module(af, vrf, vrfIdForModules(vrf), vekcsd());
+  const bool familyLeft = mfibSm(vrf, AddressFamily::ipv4) || mfibSm(vrf, AddressFamily::ipv6);
+  if (oru_ && !familyLeft) {
+    mcastAnyRxSetDel(vrf);
+    mcastModuleManager()->deleteMcastAnyRxSet(vrf);
+  }
+  // The default VRF's namespace serves the fabric for the life of the agent.
   if (!familyLeft && !vrf.isDefault()) deleteKniSm(vrf);
+}
+
+// ---- Per-VRF members ----
+
+Lumo::Ptr<VekL3MfibSm> MfaAgent::mfibSmIs(const L3::VrfName& vrf, AddressFamily af, bool oru,
+                                          const Lumo::Ptr<MfibAf>& module,
+                                          const Lumo::Ptr<Vek::ModuleConfigStatusPair>& pair,
+                                          const Lumo::Ptr<Vek::CmdConfigGroup>& group,
+                                          const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
+                                          const Lumo::Ptr<Dov::TaskScheduler>& scheduler) {
+  if (auto present = mfibSm(vrf, af)) return present;
+  auto sm = vekL3MfibSmFactory(vrf, af, oru, module, pair, group, vekcsd, scheduler);
+  smMemberAdd(sm.get());
+  sm->hasNotificationActiveIs(hasNotificationActive());
+  if (af == AddressFamily::ipv6) {
+    mfib6Sm_.is(*this, vrf, sm);
+  } else {
+    mfibSm_.is(*this, vrf, sm);
+  }
+  return sm;
+}
+
+void MfaAgent::mfibSmDel(const L3::VrfName& vrf, AddressFamily af) {
+  const Lumo::Ptr<VekL3MfibSm> sm = mfibSm(vrf, af);
+  if (!sm) return;
+  smMemberDel(sm.get());
+  sm->qelDoZombieReactors(true);
+  sm->hasNotificationActiveIs(false);
+  if (af == AddressFamily::ipv6) {
+    mfib6Sm_.del(*this, vrf);
+  } else {
+    mfibSm_.del(*this, vrf);
+  }
+}
+
+void MfaAgent::pimRegRxVrfIs(const L3::VrfName& vrf, AddressFamily af,
+                             const Lumo::Ptr<PimRegRx>& port) {
+  if (af == AddressFamily::ipv6) {
+    pimRegRx6Vrf_.is(*this, vrf, port);
+  } else {
+    pimRegRxVrf_.is(*this, vrf, port);
+  }
+}
+
+void MfaAgent::pimRegRxVrfDel(const L3::VrfName& vrf, AddressFamily af) {
+  if (af == AddressFamily::ipv6) {
+    pimRegRx6Vrf_.del(*this, vrf);
+  } else {
+    pimRegRxVrf_.del(*this, vrf);
+  }
+}
+
+// ---- Route tables and kernel limits ----
+
+void MfaAgent::handleMfibVrfAdapter(AddressFamily af, const L3::VrfName& vrf) {
+  auto& nested = af == AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_
+                                           : HN_NestedSm_MfibVrfAdapter_;
+  if (auto adapter = mfibVrfDir(af)->vrfAdapter(vrf)) {
+    nested.smIs(adapter);
+    return;
+  }
+  nested.smDel(vrf);
+  if (auto sm = mfibSm(vrf, af)) {
+    VEK_TRACE(info, "Removing Mfib Sm vash dir for vrf {}", vrf);
+    sm->mfibVrfAdapterDel();
+  }
+}
+
+void MfaAgent::handleKernelMfibConfig(const L3::VrfName& vrf, AddressFamily af) {
+  const Lumo::Ptr<VekL3MfibSm> sm = mfibSm(vrf, af);
+  if (!sm) {
+    VEK_TRACE(info, "No mfib SM, nothing to do");
+    return;
+  }
+  if (auto config = kernelMfibConfigColl(af)->config(vrf)) {
+    VEK_TRACE(info, "Adding kernel mfib config to mfib SM");
+    if (sm->kernelMfibConfig() && sm->kernelMfibConfig() != config) sm->kernelMfibConfigDel();
+    sm->kernelMfibConfigIs(config);
+  } else {
+    VEK_TRACE(info, "Deleting kernel mfib config from mfib SM if present");
+    sm->kernelMfibConfigDel();
+  }
+}
+
+// ---- Worker tasks of modules ----
+
+void MfaAgent::attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight) {
+  const std::uint32_t worker = managementSm()->allocNextWorker(taskWeight, false);
+  const Lumo::String tcName = vekcsd()->widToWeightedClass(worker);
+  if (tcName.empty()) return;
+  vekcsd()->tcManager()->attachTaskToTc(cmdConfigGroup(), module->name(), tcName, 0, taskWeight);
+  cmdConfigGroup()->enqueueVersionInc(1);
+}
+
+void MfaAgent::attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set) {
+  for (const auto& member : set->mcastAnyRx()) {
+    const McastRxType type = member.key;
+    const Lumo::Ptr<Vek::Module>& rxModule = member.value->rxModule();
+    if (!rxModule) {
+      VEK_TRACE(warn, "Rx module missing for McastAnyRx with type {}, no task to attach", type);
+      continue;
+    }
+    attachModuleTask(rxModule, type == McastRxType::mcastHwFwd ? 128 : 512);
+  }
+}
+
+void MfaAgent::attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port) {
+  if (!port->rxModule()) {
+    VEK_TRACE(warn, "Rx module missing for PimRegRx, no task to attach");
+    return;
+  }
+  attachModuleTask(port->rxModule(), 512);
 }
 
 }  // namespace VekL3Mcast

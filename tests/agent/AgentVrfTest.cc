@@ -99,7 +99,6 @@ TEST_F(AgentVrfTest, TheFibModuleGetsTheVrfsMulticastInterfacesAsTheyComeAndGo) 
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
   makeAgent(true);
   agent->startMfibSm(red, AddressFamily::ipv4);
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
   EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et2.value())));
 
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et3);
@@ -114,7 +113,6 @@ TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
   makeAgent(true);
   agent->startMfibSm(red, AddressFamily::ipv4);
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
   EXPECT_TRUE(agent->appRootSmHas(red, AddressFamily::ipv4));
   agent->stopMfibSm(red, AddressFamily::ipv4);
   EXPECT_EQ(agent->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
@@ -152,7 +150,8 @@ TEST_F(AgentVrfTest, RouteTablesReachTheAdapterOfTheirVrfOnceMountedAndLeaveWhen
   state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::pim);
   EXPECT_FALSE(adapter->mfibVashHas(MfibAppType::pim));
   state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::static_);
-  EXPECT_EQ(agent->mfibVrfDir(AddressFamily::ipv4)->vrfAdapter(red), nullptr);
+  EXPECT_EQ(adapter->mfibVashCount(), 0u);
+  EXPECT_EQ(agent->mfibVrfDir(AddressFamily::ipv4)->vrfAdapter(red), adapter);
   EXPECT_EQ(mountLog().back(), "unmount " + staticPath);
 }
 

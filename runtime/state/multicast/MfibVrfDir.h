@@ -8,8 +8,8 @@
 
 namespace Routing::Multicast::Fib {
 
-// The route-table adapters of the VRFs of one family, by VRF: a VRF has a member while at
-// least one of its tables is mounted.
+// The route-table adapters of the VRFs of one family, by VRF: a VRF has a member from the
+// mount of its first table on.
 class MfibVrfDir : public Lanx::StateEntity<"Routing::Multicast::Fib::MfibVrfDir"> {
  public:
   enum : Qel::AttributeId { kVrfAdapter = 1 };
