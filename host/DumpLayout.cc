@@ -94,6 +94,12 @@ std::vector<DumpLayout::Link> DumpLayout::links(const nlohmann::json& dump) {
   return links;
 }
 
+std::optional<bool> DumpLayout::workersResumed(const nlohmann::json& dump) {
+  const nlohmann::json* value = member(dump, "workersResumed");
+  if (!value || !value->is_boolean()) return std::nullopt;
+  return value->get<bool>();
+}
+
 std::size_t DumpLayout::count(const nlohmann::json& dump, const std::string& key) {
   const nlohmann::json* value = member(dump, key);
   return value && (value->is_object() || value->is_array()) ? value->size() : 0;

@@ -37,6 +37,8 @@ class DumpLayout {
   static RouteFlags routeFlags(const nlohmann::json& route);
   // Every gate link of every module, in dump order.
   static std::vector<Link> links(const nlohmann::json& dump);
+  // Whether the daemon's workers were resumed; nothing if the dump does not say.
+  static std::optional<bool> workersResumed(const nlohmann::json& dump);
   // The number of members of a top-level object ("modules", "ports", "errors" ...).
   static std::size_t count(const nlohmann::json& dump, const std::string& key);
 };

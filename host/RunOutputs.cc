@@ -57,6 +57,9 @@ std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files
                   DumpLayout::count(dump, "modules"), DumpLayout::count(dump, "ports"),
                   DumpLayout::links(dump).size(), DumpLayout::count(dump, "trafficClasses"),
                   DumpLayout::count(dump, "errors"));
+  if (auto resumed = DumpLayout::workersResumed(dump)) {
+    text += *resumed ? "daemon workers resumed\n" : "daemon workers paused\n";
+  }
   const std::vector<nlohmann::json> commands = driver.commandsSince(0);
   text += fmt::format("commands {}{}{}\n", commands.size(), commands.empty() ? "" : ": ",
                       commandsByKind(commands));
