@@ -140,6 +140,47 @@ TEST_F(AgentLifecycleTest, NotInitializedLeavesErrorsQueuedAndHidesTheFibModules
   EXPECT_EQ(pair->status()->errorQueueSize(), 0u);
 }
 
+TEST_F(AgentLifecycleTest, RepliesOfOtherTypesAndShortTaskListsMakeNoTrafficClass) {
+  makeAgent(true);
+  const std::uint64_t seq = commandsSince(0).size();
+  const std::uint64_t mark = Trace::mark();
+  auto other = std::make_unique<vek::pb::ModuleResponse>();
+  other->set_module("IgmpV2");
+  other->set_type(7);
+  other->set_action("regMfibTasks");
+  pair->status()->responseQueueEnq(std::move(other));
+  vek::pb::MfibTaskIdsArg ids;  // two workers, but one entry and no fused task ids
+  ids.set_vrf("red");
+  ids.set_wid_count(2);
+  ids.add_wid(0);
+  ids.add_tid(5);
+  ids.add_task_name("MfibIpv4red_noCache_w0");
+  auto shortReply = std::make_unique<vek::pb::ModuleResponse>();
+  shortReply->set_module("MfibIpv4red");
+  shortReply->set_type(Vek::ModuleStatus::taskIdsResponseType);
+  shortReply->set_action("regMfibTasksForAllWorkers");
+  shortReply->mutable_payload()->PackFrom(ids);
+  pair->status()->responseQueueEnq(std::move(shortReply));
+
+  EXPECT_EQ(pair->status()->responseQueueSize(), 0u);
+  EXPECT_THAT(tracesSince(mark), testing::Contains("Module IgmpV2 type : 7 action: regMfibTasks"));
+  for (const Json& entry : commandsSince(seq)) EXPECT_NE(entry["kind"], "createRateLimitTc");
+}
+
+TEST_F(AgentLifecycleTest, AWorkerWithoutAWeightedClassGetsNoModuleTask) {
+  vekcsd->widToWeightedClassDel(0);
+  vekcsd->widToWeightedClassDel(1);
+  state->vrfNameToId().vrfIdIs("red", Vrf::VrfIdMap::VrfId(2));
+  makeAgent(true);
+  agent->startMfibSm(L3::VrfName("red"), AddressFamily::ipv4);
+  for (const Json& entry : commandsSince(0)) {
+    if (entry["kind"] == "attachTaskToTc") {
+      EXPECT_NE(entry["tc"], "worker0") << entry;
+    }
+  }
+  EXPECT_TRUE(dump()["trafficClasses"]["worker0"]["tasks"].empty());
+}
+
 TEST_F(AgentLifecycleTest, TogglesAreReadOnceAndKeptWhateverTheirSourceSaysLater) {
   const bool wcFwd = VekL3Mcast::toggleMfaWcFwdEnabled();
   const bool mvpn = VekL3Mcast::toggleMvpnVekEnabled();

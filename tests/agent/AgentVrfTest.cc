@@ -147,6 +147,14 @@ TEST_F(AgentVrfTest, RouteTablesReachTheAdapterOfTheirVrfOnceMountedAndLeaveWhen
   state->sharedMem()->mountRelease(staticPath);
   EXPECT_TRUE(adapter->mfibVashHas(MfibAppType::static_));
 
+  // A table unlisted before its mount finished never reaches the adapter.
+  const std::string mvpnPath = "routing/multicast/fib/red/mvpn";
+  state->sharedMem()->mountHoldIs(mvpnPath, true);
+  state->routeTable(red, AddressFamily::ipv4, MfibAppType::mvpn);
+  state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::mvpn);
+  state->sharedMem()->mountRelease(mvpnPath);
+  EXPECT_FALSE(adapter->mfibVashHas(MfibAppType::mvpn));
+
   state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::pim);
   EXPECT_FALSE(adapter->mfibVashHas(MfibAppType::pim));
   state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::static_);
