@@ -1,5 +1,6 @@
 #include "runtime/vek/VekCommonSmData.h"
 
+#include "runtime/lumo/Assert.h"
 #include "runtime/lumo/Exception.h"
 
 namespace Vek {
@@ -23,6 +24,16 @@ void VekCommonSmData::widToWeightedClassIs(std::uint32_t wid, Lumo::String class
 }
 
 void VekCommonSmData::widToWeightedClassDel(std::uint32_t wid) { widToWeightedClass_.erase(wid); }
+
+void VekCommonSmData::mcastIntfIs(const Lumo::Ptr<McastIntfBase>& intf) {
+  QEL_ASSERT(intf, "mcastIntfIs needs an interface");
+  mcastIntf_.is(*this, intf->intfId(), intf);
+}
+
+void VekCommonSmData::l3IntfIs(const Lumo::Ptr<L3Intf>& intf) {
+  QEL_ASSERT(intf, "l3IntfIs needs an interface");
+  l3Intf_.is(*this, intf->intfId(), intf);
+}
 
 CounterId VekCommonSmData::counterAlloc(const Lumo::String& moduleName) {
   auto id = counterIds_.allocate();

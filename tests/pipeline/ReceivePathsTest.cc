@@ -1,0 +1,307 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "pipeline/FabricTx.h"
+#include "pipeline/McastAnyRx.h"
+#include "pipeline/McastAnyRxSet.h"
+#include "pipeline/McastIntf.h"
+#include "pipeline/McastL2VxlanRx.h"
+#include "pipeline/McastL2VxlanTx.h"
+#include "pipeline/McastVpnToggles.h"
+#include "pipeline/PimRegRx.h"
+#include "pipeline/VlanMetadataModule.h"
+#include "runtime/trace/Trace.h"
+#include "tests/pipeline/PipelineFixture.h"
+
+namespace PipelineTest {
+namespace {
+
+using namespace VekL3Mcast;
+
+constexpr const char* pcapPortType = "type.googleapis.com/bess.pb.PCAPPortArg";
+
+class ReceivePathsTest : public PipelineFixture {
+ protected:
+  ~ReceivePathsTest() override { toggleToloVekTxForgetForTest(); }
+
+  // The module as the daemon holds it: class, gates and init message.
+  Json moduleShape(const std::string& name) {
+    Json m = moduleDump(name);
+    return {{"class", m["class"]},   {"inGates", m["inGates"]},
+            {"outGates", m["outGates"]}, {"reservedIn", m["reservedIn"]},
+            {"reservedOut", m["reservedOut"]}, {"init", m["init"]}};
+  }
+  static Json shape(int moduleClass, int in, int out, int resIn, int resOut, Json init) {
+    return {{"class", moduleClass}, {"inGates", in},          {"outGates", out},
+            {"reservedIn", resIn},  {"reservedOut", resOut}, {"init", std::move(init)}};
+  }
+  static Json portInc(const std::string& port) {
+    return {{"@type", "type.googleapis.com/bess.pb.PortIncArg"}, {"port", port}};
+  }
+  static Json portOut(const std::string& port) {
+    return {{"@type", "type.googleapis.com/vek.pb.PortOutQosArg"}, {"port", port}};
+  }
+
+  Lumo::Ptr<Lanx::PamRxBuf const> rxBuf = Lumo::makePtr<Lanx::PamRxBuf>(8388608);
+  const L3::VrfName red{"red"};
+};
+
+// Each receive or transmit path builds its port and modules under the daemon names, with
+// the gate counts and arguments the daemon's modules expect.
+TEST_F(ReceivePathsTest, EachPathHasItsNamesGatesAndArguments) {
+  Vek::namespaceDutIs(false);
+  const Lanx::IntfId et1 = Lanx::IntfId::ethernet(1);
+  auto intf = Lumo::makePtr<McastIntf>(red, et1, McastIntfType::rxAndTx);
+  intf->createBessPort("et1", group);
+  intf->createRxModule("et1", pair);
+  intf->createMetaDataModule(pair);
+  intf->createTxModule("et1", pair);
+
+  auto anyRx = Lumo::makePtr<McastAnyRx>(red, McastRxType::mcastSwFwdPeerLinkOrCore, rxBuf);
+  anyRx->createBessPort(group);
+  anyRx->createRxModule(pair);
+  anyRx->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
+
+  auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(McastRxType::mcastHwFwd, rxBuf);
+  fabricRx->createBessPort(group);
+  fabricRx->createRxModule(pair);
+  fabricRx->createVlanMetadataModule(pair);
+
+  auto l2Tx = Lumo::makePtr<McastL2VxlanTx>("fabric_McastHwFwd");
+  l2Tx->createTxModule(pair);
+  auto fabricTx = Lumo::makePtr<FabricTx>(rxBuf);
+  fabricTx->createBessPort(group);
+  fabricTx->createTxModule(pair);
+
+  auto pimReg = Lumo::makePtr<PimRegRx>(red, Lanx::AddressFamily::ipv6);
+  pimReg->createBessPort(group);
+  pimReg->createRxModule(pair);
+  pimReg->createMetaDataModule(pair);
+
+  const std::string et1Id = std::to_string(et1.value());
+  const std::string register0Id = std::to_string(Lanx::IntfId::register0().value());
+  const Json metaDataType = "type.googleapis.com/vek.pb.MetaDataModuleArg";
+  const struct {
+    std::string name;
+    Json expected;
+  } modules[] = {
+      {"Rx_et1", shape(5, 0, 4, 0, 0, portInc("et1"))},
+      {"Tx_et1", shape(6, 4, 0, 0, 0, portOut("et1"))},
+      {"Mdata_Et1", shape(28, 1, 4, 0, 4,
+                          {{"@type", metaDataType},
+                           {"staticSrcIntf", true},
+                           {"staticSrcIntfId", et1Id}})},
+      {"Rx_McastSwFwd_PeerLinkOrCore_red",
+       shape(5, 0, 1, 0, 0, portInc("any_McastSwFwd_PeerLinkOrCore_red"))},
+      {"Mdata_McastSwFwd_PeerLinkOrCore_red",
+       shape(28, 1, 4, 0, 4,
+             {{"@type", metaDataType},
+              {"portDeviceAny", true},
+              {"rxPeerLinkOrCore", true},
+              {"vrfId", 2}})},
+      {"Rx_McastHwFwd_fabric", shape(5, 0, 1, 0, 0, portInc("fabric_McastHwFwd"))},
+      {"VlanMdata_McastHwFwd", shape(83, 2, 1, 0, 0,
+                                     {{"@type", "type.googleapis.com/vek.pb.VlanMetadataArg"},
+                                      {"mcastHwFwd", true}})},
+      {"Tx_fabric", shape(6, 4, 0, 0, 0, portOut("fabric_McastHwFwd"))},
+      {"FabricTx_fabric", shape(6, 4, 0, 0, 0, portOut("fabric_tx"))},
+      {"Rx_PimRegIpv6_red", shape(5, 0, 1, 0, 0, portInc("pimregIpv6_red"))},
+      {"Mdata_PimRegIpv6_red", shape(28, 1, 4, 0, 4,
+                                     {{"@type", metaDataType},
+                                      {"staticSrcIntf", true},
+                                      {"staticSrcIntfId", register0Id}})},
+  };
+  for (const auto& m : modules) EXPECT_EQ(moduleShape(m.name), m.expected) << m.name;
+
+  const std::string filter(McastIntf::multicastFilter);
+  const struct {
+    std::string name;
+    std::string driver;
+    Json arg;
+  } ports[] = {
+      {"et1", "PCAPPort",
+       {{"@type", pcapPortType}, {"dev", "et1"}, {"filter", filter}, {"netns", "ns-red"},
+        {"openFlag", true}}},
+      {"any_McastSwFwd_PeerLinkOrCore_red", "PCAPPort",
+       {{"@type", pcapPortType}, {"dev", "any"}, {"netns", "ns-red"}, {"bufSize", 8388608},
+        {"openFlag", true}}},
+      {"fabric_McastHwFwd", "PCAPPort",
+       {{"@type", pcapPortType}, {"dev", "fabric"}, {"netns", "default"},
+        {"bufSize", 8388608}, {"openFlag", true}}},
+      {"fabric_tx", "PCAPPort",
+       {{"@type", pcapPortType}, {"dev", "fabric"}, {"netns", "default"},
+        {"bufSize", 8388608}, {"openFlag", true}, {"txFlag", true}}},
+      {"pimregIpv6_red", "PimRegPort",
+       {{"@type", "type.googleapis.com/vek.pb.PimRegPortArg"}, {"netns", "ns-red"}, {"af", 2},
+        {"enabled", true}}},
+  };
+  for (const auto& p : ports) {
+    const Json actual = port(p.name);
+    EXPECT_EQ(actual["driver"], p.driver) << p.name;
+    EXPECT_EQ(actual["arg"], p.arg) << p.name;
+  }
+  EXPECT_EQ(dump()["ports"].size(), std::size(ports));
+  EXPECT_EQ(errorCount(), 0u);
+}
+
+TEST_F(ReceivePathsTest, TxOnlyPortSendsWithASmallBufferAndHasNoReceiveSide) {
+  auto intf = Lumo::makePtr<McastIntf>(red, Lanx::IntfId::ethernet(2), McastIntfType::txOnly);
+  intf->createBessPort("et2", group);
+  const Json arg = port("et2")["arg"];
+  EXPECT_EQ(arg["bufSize"], 30720);
+  EXPECT_EQ(arg["txFlag"], true);
+  EXPECT_DEATH(intf->createRxModule("et2", pair), "intfType\\(\\) != VekL3Mcast::txOnly\\(\\)");
+  EXPECT_DEATH(intf->createMetaDataModule(pair), "intfType\\(\\) != VekL3Mcast::txOnly\\(\\)");
+}
+
+// The mark filter of a receive port: the namespace-device override needs both the
+// namespace test and the toggle.
+TEST_F(ReceivePathsTest, MarkFilterFollowsTheNamespaceDeviceAndTheToggle) {
+  struct Case {
+    bool namespaceDut;
+    bool toggle;
+    McastRxType rxType;
+    Json filter;  // without anyDevice
+  };
+  const Json hwFwd = {{"mark", 0x576}, {"mask", 0xFFF}, {"hwFwd", true}};
+  const Json hwFwdNs = {{"mark", 0x576}, {"mask", 0xFFF}, {"hwFwd", true}, {"markNsOverride", true}};
+  const Json swFwd = {{"mark", 0x576}, {"mask", 0xFFFF}};
+  const Json peer = {{"mark", 0x7576}, {"mask", 0xFFFF}};
+  const Json peerNs = {{"mark", 0x7576}, {"markNsOverride", true}};
+  const Case cases[] = {
+      {true, true, McastRxType::mcastHwFwd, hwFwdNs},
+      {true, true, McastRxType::mcastSwFwd, swFwd},
+      {true, true, McastRxType::mcastSwFwdPeerLinkOrCore, peerNs},
+      {true, false, McastRxType::mcastHwFwd, hwFwd},
+      {true, false, McastRxType::mcastSwFwdPeerLinkOrCore, peer},
+      {false, true, McastRxType::mcastHwFwd, hwFwd},
+      {false, true, McastRxType::mcastSwFwd, swFwd},
+      {false, true, McastRxType::mcastSwFwdPeerLinkOrCore, peer},
+  };
+  for (const Case& c : cases) {
+    Vek::namespaceDutIs(c.namespaceDut);
+    Toggle::overrideIs("ToloVekTx", c.toggle);
+    toggleToloVekTxForgetForTest();
+    auto anyRx = Lumo::makePtr<McastAnyRx>(red, c.rxType, rxBuf);
+    anyRx->createBessPort(group);
+    auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(c.rxType, rxBuf);
+    fabricRx->createBessPort(group);
+
+    Json anyFilter = c.filter;
+    anyFilter["anyDevice"] = true;
+    const std::string context =
+        fmt::format("ns {} toggle {} {}", c.namespaceDut, c.toggle, c.rxType);
+    Json anyState = port(std::string(anyRx->portName()))["state"]["mcastMarkFilter"];
+    anyState.erase("@type");
+    EXPECT_EQ(anyState, anyFilter) << context;
+    Json fabricState = port(std::string(fabricRx->portName()))["state"]["mcastMarkFilter"];
+    fabricState.erase("@type");
+    EXPECT_EQ(fabricState, c.filter) << context;
+  }
+}
+
+TEST_F(ReceivePathsTest, ToggleIsReadOnceAndKept) {
+  Toggle::overrideIs("ToloVekTx", true);
+  toggleToloVekTxForgetForTest();
+  EXPECT_TRUE(toggleToloVekTxEnabled());
+  Toggle::overrideIs("ToloVekTx", false);
+  EXPECT_TRUE(toggleToloVekTxEnabled());
+}
+
+// A namespace device has no hardware forwarding: the message leaves the flag out while the
+// proxy keeps what the path asked for. Other deliberate differences stand in the proxies.
+TEST_F(ReceivePathsTest, MetadataProxiesDifferFromTheirMessagesOnPurpose) {
+  const std::uint64_t mark = Trace::mark();
+  auto hwRx = Lumo::makePtr<McastAnyRx>(red, McastRxType::mcastHwFwd, rxBuf);
+  hwRx->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
+  auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(McastRxType::mcastHwFwd, rxBuf);
+  fabricRx->createVlanMetadataModule(pair);
+  auto pimReg = Lumo::makePtr<PimRegRx>(red, Lanx::AddressFamily::ipv4);
+  pimReg->createMetaDataModule(pair);
+
+  EXPECT_TRUE(hwRx->metaDataModule()->mcastHwFwd());
+  EXPECT_FALSE(moduleDump("Mdata_McastHwFwd_red")["init"].contains("mcastHwFwd"));
+  EXPECT_EQ(hwRx->metaDataModule()->staticSrcIntfId(), 0xFFFFFFFFu);
+  EXPECT_FALSE(moduleDump("Mdata_McastHwFwd_red")["init"].contains("staticSrcIntfId"));
+  EXPECT_TRUE(fabricRx->vlanMetadataModule()->mcastHwFwd());
+  EXPECT_FALSE(moduleDump("VlanMdata_McastHwFwd")["init"].contains("mcastHwFwd"));
+  EXPECT_TRUE(pimReg->metaDataModule()->portDeviceAny());
+  EXPECT_FALSE(moduleDump("Mdata_PimRegIpv4_red")["init"].contains("portDeviceAny"));
+
+  std::size_t notices = 0;
+  for (const auto& record : Trace::recordsSince(mark)) {
+    if (record.text.find("not setting mcastHwFwd metadata") != std::string::npos) ++notices;
+  }
+  EXPECT_EQ(notices, 2u);  // once for each module made on the namespace device
+}
+
+TEST_F(ReceivePathsTest, CreatingWhatExistsSendsNothingWhateverTheArguments) {
+  auto anyRx = Lumo::makePtr<McastAnyRx>(red, McastRxType::mcastSwFwd, rxBuf);
+  anyRx->createBessPort(group);
+  anyRx->createRxModule(pair);
+  anyRx->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
+  auto intf = Lumo::makePtr<McastIntf>(red, Lanx::IntfId::ethernet(1), McastIntfType::rxAndTx);
+  intf->createBessPort("et1", group);
+  intf->createRxModule("et1", pair);
+  intf->createTxModule("et1", pair);
+  const std::uint64_t before = logSeq();
+
+  auto otherGroup = Lumo::makePtr<Vek::CmdConfigGroup>("other");
+  anyRx->createBessPort(otherGroup);
+  anyRx->createRxModule(pair);
+  anyRx->createMetaDataModule(Vrf::VrfIdMap::VrfId(9), pair);
+  intf->createBessPort("et9", group);
+  intf->createRxModule("et9", pair);
+  intf->createTxModule("et9", pair);
+  EXPECT_EQ(logSeq(), before);
+  EXPECT_EQ(intf->rxModule()->name(), "Rx_et1");
+}
+
+TEST_F(ReceivePathsTest, IfIndexMappingsReachEveryMetadataModuleOfTheVrf) {
+  auto set = Lumo::makePtr<McastAnyRxSet>(red);
+  const std::uint64_t before = logSeq();
+  set->setIfIndexIntfId(7, 0x100);
+  EXPECT_EQ(logSeq(), before);  // an empty set sends nothing
+
+  for (McastRxType rxType : allMcastRxTypes) {
+    set->mcastAnyRxIs(red, rxType, rxBuf)->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
+  }
+  set->setIfIndexIntfId(7, 0x100);
+  for (const char* name : {"Mdata_McastHwFwd_red", "Mdata_McastSwFwd_red",
+                           "Mdata_McastSwFwd_PeerLinkOrCore_red"}) {
+    EXPECT_EQ(table(name)["ifIndexToIntfId"], Json::parse(R"({"7": "256"})")) << name;
+  }
+}
+
+TEST_F(ReceivePathsTest, VlanMetadataCountersAreAllocatedInOrderAndSent) {
+  auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(McastRxType::mcastSwFwd, rxBuf);
+  fabricRx->createVlanMetadataModule(pair);
+  addVlanMetadataCounters(fabricRx->vlanMetadataModule(), vekcsd);
+  const Json m = moduleDump("VlanMdata_McastSwFwd");
+  const auto etherType = m["counters"]["Invalid_Ether_Type"];
+  const auto vlanId = m["counters"]["Invalid_Vlan_Id"];
+  EXPECT_LT(etherType, vlanId);
+  EXPECT_EQ(m["table"]["counterIds"],
+            Json({{"invalidEtherTypeCounter", etherType}, {"invalidVlanIdCounter", vlanId}}));
+}
+
+TEST_F(ReceivePathsTest, PortLivesWithItsProxyAndCanBeSetUp) {
+  auto fabricTx = Lumo::makePtr<FabricTx>(rxBuf);
+  fabricTx->createBessPort(group);
+  fabricTx->bessPort()->setPortConf();
+  EXPECT_EQ(port("fabric_tx")["state"]["adminUp"], true);
+  fabricTx->bessPortDel();
+  EXPECT_FALSE(dump()["ports"].contains("fabric_tx"));
+}
+
+TEST(McastRxPathDeathTest, UnknownReceiveTypeIsAProgrammingError) {
+  auto rx = Lumo::makePtr<McastAnyRx>(L3::VrfName("red"), static_cast<McastRxType>(7),
+                                      Lumo::makePtr<Lanx::PamRxBuf>(4096));
+  EXPECT_DEATH(rx->portName(), "Unsupported rxType");
+}
+
+}  // namespace
+}  // namespace PipelineTest
