@@ -35,11 +35,11 @@ class FibFixture : public ::testing::Test {
   }
 
   // What the daemon's module holds, after the channel has carried everything queued.
-  Json table() {
+  Json fibTable() {
     channel->pump();
     return model.dump()["modules"][fib->name().str()]["table"];
   }
-  Json routes() { return table()["routes"]; }
+  Json routes() { return fibTable()["routes"]; }
   // The gates of one route in the daemon, as "intf:gate" with the short interface name.
   std::vector<std::string> gatesOf(const std::string& route) {
     std::vector<std::string> gates;

@@ -150,7 +150,7 @@ TEST_F(MfibAfTest, LimitsInterfacesAndTheBridgeMacReachTheTableButAZeroMacIsNotS
   fib->setBridgeMacAddr(Lanx::EthAddr("00:1c:73:aa:bb:cc"));
   fib->setBridgeMacAddr(Lanx::EthAddr());
 
-  const Json t = table();
+  const Json t = fibTable();
   EXPECT_EQ(t["maxUnresolvedCacheEntries"], 4000);
   EXPECT_EQ(t["maxUnresolvedPktBuffers"], 3);
   EXPECT_EQ(t["multicastIntfs"], Json::array({std::to_string(intf("Ethernet2").value())}));
@@ -209,7 +209,7 @@ TEST_F(MfibAfTest, TaskRegistrationsAskForTheirReplyAndTheDaemonAnswers) {
   }
   EXPECT_THAT(actions, ElementsAre("regMfibTasks", "regCleanupTaskForAllWorkers",
                                    "regMfibTasksForAllWorkers"));
-  EXPECT_EQ(table()["tasks"].size(), 3u);
+  EXPECT_EQ(fibTable()["tasks"].size(), 3u);
 }
 
 }  // namespace
