@@ -61,7 +61,7 @@ std::vector<uint64_t> DumpLayout::routeOifs(const nlohmann::json& route) {
   const nlohmann::json* gates = member(route, "gates");
   if (!gates || !gates->is_array()) return ids;
   for (const nlohmann::json& gate : *gates) {
-    const nlohmann::json* intf = member(gate, "intf");
+    const nlohmann::json* intf = member(gate, "intfId");
     if (auto id = intf ? intfId(*intf) : std::nullopt) ids.push_back(*id);
   }
   return ids;

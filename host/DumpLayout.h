@@ -14,8 +14,9 @@ namespace VekHost {
 // only through here, so its shape is written down in one place:
 //   modules.<name>: {class, out: {"<ogate>": {to, igate}}, table: {...}}
 //   modules.<Mfib{Ipv4|Ipv6}<vrf>>.table.routes."<source>,<group>":
-//       {iif: "<intf id>", gates: [{intf: "<intf id>", gate: N}], fastdrop, iifRegister,
-//        oifRegister, switching}   (a flag that is missing is false)
+//       {iif: "<intf id>", gates: [{intfId: "<intf id>", gate: N}], fastdrop, iifRegister,
+//        oifRegister}   (a flag that is missing is false; the data plane keeps no
+//        switching flag, so `switching` always reads false)
 // Interface ids are decimal strings, as the data plane writes 64-bit integers; numbers are
 // taken as well.
 class DumpLayout {

@@ -83,7 +83,7 @@ void FakeDriver::syncRoutes(const VrfAf& vrfAf) {
                             {"gates", nlohmann::json::array()}};
     int gate = 0;
     for (const std::string& oif : route.oifs) {
-      entry["gates"].push_back({{"intf", idText(oif)}, {"gate", gate++}});
+      entry["gates"].push_back({{"intfId", idText(oif)}, {"gate", gate++}});
     }
     for (std::string_view flag : kRouteFlagNames)
       entry[std::string(flag)] = routeFlag(route.flags, flag);

@@ -1,0 +1,176 @@
+#include "host/PluginDriver.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "runtime/dov/TaskSchedulerRoot.h"
+#include "runtime/state/SharedMemName.h"
+#include "runtime/toggle/ToggleState.h"
+#include "runtime/trace/Trace.h"
+#include "runtime/vek/NamespaceDut.h"
+
+namespace VekHost {
+
+namespace {
+
+constexpr const char* bypassTxDemuxerEnv = "BYPASS_TXDEMUXER";
+
+std::uint8_t familyByte(Af af) {
+  return static_cast<std::uint8_t>(af == Af::ipv6 ? Lanx::AddressFamily::ipv6
+                                                  : Lanx::AddressFamily::ipv4);
+}
+
+}  // namespace
+
+PluginDriver::PluginDriver() : library_(PluginLibrary::instance()) {
+  // The trace file and the expectations see every record; the terminal only the worst.
+  Trace::textLevelIs(Trace::Level::critical);
+  traceMark_ = Trace::mark();
+}
+
+PluginDriver::~PluginDriver() { releaseAgent(); }
+
+void PluginDriver::configure(const AgentSettings& settings) {
+  settings_ = settings;
+  for (const auto& [name, on] : settings.toggles) Toggle::overrideIs(name, on);
+  Vek::namespaceDutIs(settings.namespaceDut);
+  if (settings.bypassTxDemuxer) {
+    ::setenv(bypassTxDemuxerEnv, "1", 1);
+  } else {
+    ::unsetenv(bypassTxDemuxerEnv);
+  }
+  scheduler_ = Dov::TaskScheduler::makeSimulation(static_cast<unsigned>(settings.yieldEvery));
+  scheduler_->afterEachRunIs([this] { pump(); });
+  Dov::TaskSchedulerRoot::schedulerIs(scheduler_);
+
+  const auto workers = static_cast<std::uint16_t>(settings.workers);
+  model_ = std::make_unique<Dataplane::Model>(workers);
+  channel_ = Lumo::makePtr<Vek::CommandChannel>();
+  channel_->backendIs(model_.get());
+  pair_ = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel_);
+  global_ = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel_);
+  vekcsd_ = Lumo::makePtr<Vek::VekCommonSmData>(workers);
+  vrfIds_ = Lumo::makePtr<VrfNameToIdCollection>();
+  state_ = std::make_unique<CentralStateStore>(Lanx::sharedMemManagerName);
+  writer_ = std::make_unique<StateWriter>(*state_);
+}
+
+void PluginDriver::applyState(const StateChange& change, StateOp op) {
+  writer_->apply(change, op);
+  pump();
+}
+
+void PluginDriver::createAgent() {
+  makeAgent();
+  pump();
+}
+
+void PluginDriver::makeAgent() {
+  const VekMfaAgentArgs args{state_->entityManager(), pair_,  global_, vekcsd_,
+                             vekcsd_->managementSm(), vrfIds_, settings_.oru};
+  agent_ = library_.mfaAgentFactory(&args);
+  if (!agent_) {
+    collectTrace();
+    throw std::runtime_error("the agent refused to start (see the trace)");
+  }
+}
+
+void PluginDriver::releaseAgent() {
+  if (!agent_) return;
+  library_.mfaAgentRelease(std::exchange(agent_, nullptr));
+  pump();
+}
+
+void PluginDriver::call(const VrfAf& vrfAf, StartMfibSmFn entryPoint) {
+  if (!entryPoint(agent_, vrfAf.vrf.c_str(), familyByte(vrfAf.af))) {
+    throw std::runtime_error("the agent refused the VRF name " + vrfAf.vrf);
+  }
+  pump();
+}
+
+void PluginDriver::start(const VrfAf& vrfAf) {
+  call(vrfAf, library_.startMfibSm);
+  if (std::find(started_.begin(), started_.end(), vrfAf) == started_.end()) {
+    started_.push_back(vrfAf);
+  }
+}
+
+void PluginDriver::stop(const VrfAf& vrfAf) {
+  call(vrfAf, library_.stopMfibSm);
+  std::erase(started_, vrfAf);
+}
+
+void PluginDriver::settle() {
+  scheduler_->settle();
+  pump();
+}
+
+void PluginDriver::advance(double seconds) {
+  scheduler_->advance(seconds);
+  pump();
+}
+
+void PluginDriver::restart() {
+  releaseAgent();
+  makeAgent();
+  pump();
+  for (const VrfAf& vrfAf : started_) call(vrfAf, library_.startMfibSm);
+}
+
+void PluginDriver::failNext(const FailNextStep& failure) {
+  model_->failNextForTest(failure.module, failure.cmd, failure.code, failure.msg);
+}
+
+void PluginDriver::pump() {
+  channel_->pump();
+  collectTrace();
+}
+
+void PluginDriver::collectTrace() {
+  for (const Trace::TraceRecord& record : Trace::recordsSince(traceMark_)) {
+    std::string line = record.format();
+    while (!line.empty() && line.back() == '\n') line.pop_back();
+    trace_.push_back(std::move(line));
+    traceMark_ = record.sequence + 1;
+  }
+}
+
+nlohmann::json PluginDriver::dump() {
+  pump();
+  // The model keeps its keys in the order it writes them; the checks read any order.
+  return nlohmann::json::parse(model_->dump().dump());
+}
+
+std::string PluginDriver::dot() {
+  pump();
+  return model_->dot();
+}
+
+std::size_t PluginDriver::commandCount() {
+  pump();
+  return channel_->commandLog().entries().size();
+}
+
+std::vector<nlohmann::json> PluginDriver::commandsSince(std::size_t mark) {
+  pump();
+  const auto& entries = channel_->commandLog().entries();
+  std::vector<nlohmann::json> records;
+  for (std::size_t i = mark; i < entries.size(); ++i) {
+    records.push_back(nlohmann::json::parse(entries[i].dump()));
+  }
+  return records;
+}
+
+std::size_t PluginDriver::traceCount() {
+  collectTrace();
+  return trace_.size();
+}
+
+std::vector<std::string> PluginDriver::traceSince(std::size_t mark) {
+  collectTrace();
+  if (mark >= trace_.size()) return {};
+  return {trace_.begin() + static_cast<std::ptrdiff_t>(mark), trace_.end()};
+}
+
+}  // namespace VekHost

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "dataplane/Model.h"
+#include "host/PluginLibrary.h"
+#include "host/ScenarioDriver.h"
+#include "host/StateWriter.h"
+#include "runtime/dov/TaskScheduler.h"
+#include "runtime/state/CentralStateStore.h"
+#include "runtime/vek/CommandChannel.h"
+
+namespace VekHost {
+
+// Runs a scenario against the real agent, loaded from libVekL3Mcast.so, over the data-plane
+// model. It is the hosting agent: it owns simulated time, central state, the channel and
+// the shared data, and it carries every command to the model after each step and after
+// every task or timer run.
+class PluginDriver : public ScenarioDriver {
+ public:
+  PluginDriver();
+  ~PluginDriver() override;
+
+  void configure(const AgentSettings& settings) override;
+  void applyState(const StateChange& change, StateOp op) override;
+  void createAgent() override;
+  void start(const VrfAf& vrfAf) override;
+  void stop(const VrfAf& vrfAf) override;
+  void settle() override;
+  void advance(double seconds) override;
+  void restart() override;
+  void failNext(const FailNextStep& failure) override;
+
+  nlohmann::json dump() override;
+  std::string dot() override;
+  std::size_t commandCount() override;
+  std::vector<nlohmann::json> commandsSince(std::size_t mark) override;
+  std::size_t traceCount() override;
+  std::vector<std::string> traceSince(std::size_t mark) override;
+
+ private:
+  void makeAgent();
+  void releaseAgent();
+  void call(const VrfAf& vrfAf, StartMfibSmFn entryPoint);
+  // Carries what is queued to the model and keeps the trace lines written meanwhile.
+  void pump();
+  void collectTrace();
+
+  const PluginLibrary& library_;
+  AgentSettings settings_;
+  Lumo::Ptr<Dov::TaskScheduler> scheduler_;
+  std::unique_ptr<Dataplane::Model> model_;
+  Lumo::Ptr<Vek::CommandChannel> channel_;
+  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair_;
+  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global_;
+  Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
+  Lumo::Ptr<VrfNameToIdCollection> vrfIds_;
+  std::unique_ptr<CentralStateStore> state_;
+  std::unique_ptr<StateWriter> writer_;
+  VekL3Mcast::MfaAgent* agent_ = nullptr;
+  // What the hosting agent has started, in order; a restart starts it again.
+  std::vector<VrfAf> started_;
+  std::uint64_t traceMark_ = 0;
+  std::vector<std::string> trace_;
+};
+
+}  // namespace VekHost

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "runtime/state/StateEntity.h"
+
+namespace Bridging {
+
+// What the switching hardware can do ("bridging/hwcapabilities"); its members come with
+// the VXLAN pipeline that reads them.
+class HwCapabilities : public Lanx::StateEntity<"Bridging::HwCapabilities"> {};
+
+}  // namespace Bridging

@@ -1,0 +1,171 @@
+#include <gmock/gmock.h>
+
+#include "tests/agent/AgentFixture.h"
+
+namespace AgentTest {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using Vrf::VrfIdMap::VrfId;
+
+class AgentVrfTest : public AgentFixture {
+ protected:
+  const L3::VrfName red{"red"};
+  const Lanx::IntfId et2{"Ethernet2"};
+  const Lanx::IntfId et3{"Ethernet3"};
+
+  Lumo::Ptr<VekL3Mcast::MfibAf> fibModule(AddressFamily af) {
+    return Lumo::makePtr<VekL3Mcast::MfibAf>(
+        af == AddressFamily::ipv4 ? "MfibIpv4red" : "MfibIpv6red", Vek::VekModule::mfib, 8192,
+        8192, nullptr, pair, red, af);
+  }
+  // The interfaces the FIB module holds in the data plane.
+  Json multicastIntfs(const char* module) {
+    return dump()["modules"][module]["table"]["multicastIntfs"];
+  }
+};
+
+TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusBothWaysWithoutTouchingThePipeline) {
+  state->vrfNameToId().vrfIdIs("red", VrfId(2));
+  makeAgent(true);
+  EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(2));
+  state->vrfNameToId().vrfIdIs("blue", VrfId(3));
+  state->vrfNameToId().vrfIdIs("red", VrfId(4));
+  EXPECT_EQ(vrfIds->vrfNameToId("blue"), VrfId(3));
+  EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(4));
+  state->vrfNameToId().vrfIdDel("red");
+  EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
+}
+
+TEST_F(AgentVrfTest, AReplacedNameMapIsFollowedAndNamesGoneFromItLoseTheirIds) {
+  state->vrfNameToId().vrfIdIs("red", VrfId(2));
+  makeAgent(true);
+  auto wrapper = Lumo::ptrCast<Vrf::VrfIdMap::NameToIdMapWrapper>(
+      state->entityManager()->getEntity("vrf/vrfNameStatus"));
+  auto map = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
+  map->vrfIdIs("blue", VrfId(5));
+  wrapper->nameToIdMapIs(map);
+  EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
+  EXPECT_EQ(vrfIds->vrfNameToId("blue"), VrfId(5));
+  map->vrfIdIs("green", VrfId(6));
+  EXPECT_EQ(vrfIds->vrfNameToId("green"), VrfId(6));
+}
+
+TEST_F(AgentVrfTest, ReducedAgentTakesHardwareIdsAndDropsNamesTheirIdNoLongerNames) {
+  state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
+  state->hwVrfIdMap().vrfEntryIs(VrfId(13), {std::string(101, 'x')});
+  makeAgent(false);
+  EXPECT_EQ(vrfIds->hwVrfNameToId("red"), VrfId(12));
+  EXPECT_EQ(vrfIds->hwVrfNameToIds().size(), 1u);
+  state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"blue"});
+  EXPECT_TRUE(vrfIds->hwVrfNameToId("red").isNone());
+  EXPECT_EQ(vrfIds->hwVrfNameToId("blue"), VrfId(12));
+  state->hwVrfIdMap().vrfEntryDel(VrfId(12));
+  EXPECT_TRUE(vrfIds->hwVrfNameToIds().empty());
+}
+
+TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
+  state->kernelDevices(red.nsName()).interfaceByDeviceNameIs("et2", {7, 1, et2});
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  agent->startMfibSm(red, AddressFamily::ipv6);
+  EXPECT_THAT(mountLog(), Contains("mount kni/ns/ns-red/status KernelNetInfo::Status").Times(1));
+  auto devices = agent->vrfDeviceIntfStatusDir()
+                     ->deviceVrfIntfStatusDir(red.nsName())
+                     ->deviceIntfStatusDir("KernelIntfs");
+  ASSERT_NE(devices, nullptr);
+  EXPECT_EQ(devices->deviceIntfStatus(et2).ifIndex, 7u);
+  EXPECT_TRUE(state->kernelMfibStatus(AddressFamily::ipv4).vrfStatusHas(red));
+  EXPECT_TRUE(state->kernelMfibStatus(AddressFamily::ipv6).vrfStatusHas(red));
+
+  agent->stopMfibSm(red, AddressFamily::ipv4);
+  agent->stopMfibSm(red, AddressFamily::ipv6);
+  EXPECT_EQ(mountLog().back(), "unmount kni/ns/ns-red/status");
+  EXPECT_FALSE(agent->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
+}
+
+TEST_F(AgentVrfTest, StoppingTheDefaultVrfKeepsItsNamespace) {
+  makeAgent(true);
+  agent->startMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
+  agent->stopMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
+  EXPECT_THAT(mountLog(), Not(Contains("unmount kni/ns/default/status")));
+  EXPECT_NE(agent->defaultVrfKniRoot(), nullptr);
+}
+
+TEST_F(AgentVrfTest, TheFibModuleGetsTheVrfsMulticastInterfacesAsTheyComeAndGo) {
+  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
+  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et2.value())));
+
+  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et3);
+  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfDel(et2);
+  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
+  // The other family's interfaces stay out of this module.
+  state->multicastIntfs(AddressFamily::ipv6).vrfIs(red)->multicastIntfIs(et2);
+  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
+}
+
+TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
+  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
+  EXPECT_TRUE(agent->appRootSmHas(red, AddressFamily::ipv4));
+  agent->stopMfibSm(red, AddressFamily::ipv4);
+  EXPECT_EQ(agent->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
+  EXPECT_FALSE(agent->appRootSmHas(red, AddressFamily::ipv4));
+  EXPECT_FALSE(state->kernelMfibStatus(AddressFamily::ipv4).vrfStatusHas(red));
+  EXPECT_EQ(agent->getMfibModule(red, AddressFamily::ipv4), nullptr);
+}
+
+TEST_F(AgentVrfTest, TheBridgeMacReachesEveryFibModule) {
+  makeAgent(true);
+  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
+  agent->mfibModuleIs(fibModule(AddressFamily::ipv6));
+  state->bridgingConfig().bridgeMacAddrIs(Lanx::EthAddr("00:1c:73:aa:bb:cc"));
+  const Json modules = dump()["modules"];
+  EXPECT_EQ(modules["MfibIpv4red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
+  EXPECT_EQ(modules["MfibIpv6red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
+}
+
+TEST_F(AgentVrfTest, RouteTablesReachTheAdapterOfTheirVrfOnceMountedAndLeaveWhenUnlisted) {
+  using Routing::Multicast::Fib::MfibAppType;
+  state->routeTable(red, AddressFamily::ipv4, MfibAppType::pim);
+  makeAgent(true);
+  auto adapter = agent->mfibVrfDir(AddressFamily::ipv4)->vrfAdapter(red);
+  ASSERT_NE(adapter, nullptr);
+  EXPECT_TRUE(adapter->mfibVashHas(MfibAppType::pim));
+
+  // A table whose writer is not ready joins when its mount finishes.
+  const std::string staticPath = "routing/multicast/fib/red/static";
+  state->sharedMem()->mountHoldIs(staticPath, true);
+  state->routeTable(red, AddressFamily::ipv4, MfibAppType::static_);
+  EXPECT_FALSE(adapter->mfibVashHas(MfibAppType::static_));
+  state->sharedMem()->mountRelease(staticPath);
+  EXPECT_TRUE(adapter->mfibVashHas(MfibAppType::static_));
+
+  state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::pim);
+  EXPECT_FALSE(adapter->mfibVashHas(MfibAppType::pim));
+  state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::static_);
+  EXPECT_EQ(agent->mfibVrfDir(AddressFamily::ipv4)->vrfAdapter(red), nullptr);
+  EXPECT_EQ(mountLog().back(), "unmount " + staticPath);
+}
+
+TEST_F(AgentVrfTest, CallsBeforeTheAgentIsUpAndOfOtherFamiliesChangeNothing) {
+  makeAgent(true);
+  agent->initializedIsForTest(false);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  EXPECT_EQ(agent->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
+  agent->initializedIsForTest(true);
+  agent->startMfibSm(red, AddressFamily::none);
+  EXPECT_THAT(mountLog(), Not(Contains("mount kni/ns/ns-red/status KernelNetInfo::Status")));
+  EXPECT_FALSE(startMfibSm(agent.get(), std::string(101, 'x').c_str(), 1));
+}
+
+}  // namespace
+}  // namespace AgentTest
