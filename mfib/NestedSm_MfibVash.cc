@@ -33,8 +33,16 @@ void NestedSm_MfibVash::handleMfibVash(bool vashDeleted) {
   if (!table || table->empty()) return;
   // An owner that is going away keeps no changed keys: its set goes with it.
   if (owner_->isZombie()) return;
+  // A table that comes before the review of all routes has begun needs no keys of its
+  // own: the review will meet every one of them.
+  if (!vashDeleted && owner_->reviewPending()) {
+    owner_->doKickReview();
+    return;
+  }
   const Routing::Multicast::Fib::MfibAppType application = app();
   try {
+    // The walk is in the changed set's own order: the set must not grow on the way.
+    owner_->changedRouteReserve(owner_->changedRouteCount() + table->routeCount());
     for (const auto& member : table->routes()) {
       VEK_TRACE(debug, "Add route key in vash table to backlog, key: {}", member.key);
       owner_->changedRouteIs(Routing::Multicast::Fib::MfibVrfDirRouteKey(application, member.key));

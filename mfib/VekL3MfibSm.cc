@@ -210,6 +210,11 @@ void VekL3MfibSm::handleKernelMfibConfigDel() {
 // ---- Routes ----
 
 void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key) {
+  doUpdateRoute(mfibAppKey, key, nullptr);
+}
+
+void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key,
+                                const Route* hint) {
   // A *,G route programmed before the toggle went off is left as it is.
   if (key.isStarG() && !wcFwdEnabled()) {
     VEK_TRACE(debug, "Skipping *,G route {}", key);
@@ -219,7 +224,7 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
   const Status* table = adapter.mfibVashFind(mfibAppKey);
   const Route* route = nullptr;
   if (table) {
-    route = table->routeFind(key);
+    route = hint ? hint : table->routeFind(key);
   } else {
     VEK_TRACE(debug, "mfibVash for the route {} does not exist.", key);
   }
@@ -232,8 +237,9 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
       route = table->routeFind(key);
       VEK_TRACE(debug, "Found alternate route {} from vash table {}", key, best);
     }
-  } else if (!adapter.isBestRoute(mfibAppKey, key)) {
-    // The better application's route has a change of its own.
+  } else if (adapter.heldByPreferred(mfibAppKey, key)) {
+    // Not the best route (this table holds it, a preferred one too). The better
+    // application's route has a change of its own.
     VEK_TRACE(debug, "{} does not contain the best route for {}", mfibAppKey, key);
     return;
   }
@@ -313,7 +319,7 @@ void VekL3MfibSm::handleAllRoutes() {
     const MfibAppType app = it.mfibAppKey();
     const IpGenRouteKey& key = it.key();
     VEK_TRACE(debug, "Syncing {} from mfib table {}", key, app);
-    doUpdateRoute(app, key);
+    doUpdateRoute(app, key, &it.route());
     ++count;
     if (task.taskShouldYield()) {
       yielded = true;
@@ -344,27 +350,51 @@ void VekL3MfibSm::handleChangedRoutes() {
   // Changes wait for the end of the review, which sees their new state in any case.
   if (!reviewedOnce()) return;
   VEK_TRACE(info, "Starting/resuming review of changed routes");
+  if (changedRouteBatch_.empty()) {
+    changedRouteBatch_.swap(changedRoute_);
+    changedRouteBatchNext_.reset();
+    changedRouteBatchWorked_ = 0;
+  }
   Dov::Task& task = *task_.get();
   std::uint64_t count = 0;
-  auto it = changedRoute_.members().iterator();
+  // Nothing changes the batch while this loop runs: decisions only queue commands.
+  auto it = changedRouteBatchNext_ ? changedRouteBatch_.lowerBound(*changedRouteBatchNext_)
+                                   : changedRouteBatch_.begin();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
-    const MfibVrfDirRouteKey member = it.currNodeMaybeStale().key;
+    const MfibVrfDirRouteKey& member = it->key;
     VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), member.app());
     doUpdateRoute(member.app(), member.key());
-    changedRouteDel(member);
     ++count;
-    it.advance();
+    ++it;
   }
   task.taskWorkCountInc(count);
-  if (changedRoute_.empty()) {
+  if (it.done()) {
+    changedRouteBatch_.clear();
+    changedRouteBatchNext_.reset();
+    changedRouteBatchWorked_ = 0;
+  } else {
+    changedRouteBatchNext_ = it->key;
+    changedRouteBatchWorked_ += count;
+  }
+  const std::size_t left = changedRouteCount();
+  if (left == 0) {
     VEK_TRACE(info, "Review of changed routes finished");
     task.taskWorkPendingIs(0);
   } else {
-    VEK_TRACE(info, "Suspending review with {} routes left", changedRoute_.size());
+    VEK_TRACE(info, "Suspending review with {} routes left", left);
     task.scheduleTask();
-    task.taskWorkPendingIs(changedRoute_.size());
+    task.taskWorkPendingIs(left);
   }
+}
+
+void VekL3MfibSm::changedRouteDelAll() {
+  Qel::HashSet2018<MfibVrfDirRouteKey> gone;
+  gone.swap(changedRoute_);
+  changedRouteBatch_.clear();
+  changedRouteBatchNext_.reset();
+  changedRouteBatchWorked_ = 0;
+  for (const auto& member : gone) notify(kChangedRoute, &member.key);
 }
 
 Lumo::Ptr<VekL3MfibSm> vekL3MfibSmFactory(L3::VrfName vrfName, Lanx::AddressFamily af, bool oru,

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "mfib/NestedSm_MfibVash.h"
@@ -11,6 +12,7 @@
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/CollectionAttr.h"
+#include "runtime/qel/HashMap2018.h"
 #include "runtime/qel/NestedSmCollection.h"
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
@@ -110,12 +112,27 @@ class VekL3MfibSm : public Qel::StateMachine {
   void kernelMfibConfigIs(Lumo::Ptr<KernelMfibConfig const> config);
   void kernelMfibConfigDel();
 
-  // Keys waiting to be worked.
-  bool changedRouteHas(const MfibVrfDirRouteKey& key) const { return changedRoute_.has(key); }
-  std::size_t changedRouteCount() const noexcept { return changedRoute_.size(); }
-  void changedRouteIs(const MfibVrfDirRouteKey& key) { changedRoute_.is(*this, key); }
-  void changedRouteDel(const MfibVrfDirRouteKey& key) { changedRoute_.del(*this, key); }
-  void changedRouteDelAll() { changedRoute_.delAll(*this); }
+  // Keys waiting to be worked. A pass over them takes the whole set as its batch and
+  // works it in slices; a key that changes again meanwhile waits for the next batch. Keys
+  // leave in batches, without a publication each.
+  bool changedRouteHas(const MfibVrfDirRouteKey& key) const {
+    return changedRoute_.has(key) || changedRouteBatch_.has(key);
+  }
+  std::size_t changedRouteCount() const noexcept {
+    return changedRoute_.size() + changedRouteBatch_.size() - changedRouteBatchWorked_;
+  }
+  void changedRouteIs(const MfibVrfDirRouteKey& key) {
+    if (changedRoute_.insert(key).second) notify(kChangedRoute, &key);
+  }
+  // A key of the batch under way is worked in any case.
+  void changedRouteDel(const MfibVrfDirRouteKey& key) {
+    const MfibVrfDirRouteKey gone = key;
+    if (changedRoute_.erase(gone)) notify(kChangedRoute, &gone);
+  }
+  void changedRouteDelAll();
+  // Room for that many waiting keys, made before a walk adds a table's keys in the order
+  // the set itself has.
+  void changedRouteReserve(std::size_t members) { changedRoute_.reserve(members); }
 
   const Bookmark& bookmark() const noexcept { return bookmark_.get(); }
   void bookmarkIs(const Bookmark& bookmark) { bookmark_.is(*this, bookmark); }
@@ -123,6 +140,9 @@ class VekL3MfibSm : public Qel::StateMachine {
   bool bookmarkNotNull() const { return !(bookmark().vashBookmark == IpGenRouteKey()); }
 
   bool reviewedOnce() const noexcept { return reviewedOnce_.get(); }
+  // The review of all routes has not begun: its next run starts at the beginning and
+  // meets every route of every table there is then.
+  bool reviewPending() const { return !reviewedOnce() && bookmark() == Bookmark(); }
   bool initialized() const noexcept { return initialized_.get(); }
 
   Dov::Task* task() const noexcept { return task_.get(); }
@@ -154,6 +174,10 @@ class VekL3MfibSm : public Qel::StateMachine {
                                      short attributeId, const void* key, const void*) noexcept;
   static void kernelMfibConfigDispatch(Lumo::Publisher*, Lumo::Subscriber* subscriber,
                                        short attributeId, const void*, const void*) noexcept;
+  // The same; `hint`, when given, is the route of `key` in the table of `mfibAppKey`, as a
+  // walk of that table stands on it, and saves looking it up again.
+  void doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key,
+                     const Vash::Multicast::Fib::Route* hint);
   // A member of the adapter's table collection came, changed or went.
   void handleMfibVrfAdapterVash(MfibAppType app);
 
@@ -168,7 +192,11 @@ class VekL3MfibSm : public Qel::StateMachine {
   const Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
   const Lumo::Ptr<Dov::TaskScheduler> taskScheduler_;
   Qel::NestedSmCollection<VekL3MfibSm, NestedSm_MfibVash, &Status::app> HN_NestedSm_MfibVash_{this};
-  Qel::SetAttr<MfibVrfDirRouteKey, kChangedRoute> changedRoute_;
+  Qel::HashSet2018<MfibVrfDirRouteKey> changedRoute_;
+  Qel::HashSet2018<MfibVrfDirRouteKey> changedRouteBatch_;
+  // Where the batch goes on, and how many of its keys were worked.
+  std::optional<MfibVrfDirRouteKey> changedRouteBatchNext_;
+  std::size_t changedRouteBatchWorked_ = 0;
   Qel::ValueAttr<Bookmark, kBookmark> bookmark_;
   Qel::ValueAttr<bool, kReviewedOnce> reviewedOnce_;
   Qel::ValueAttr<bool, kInitialized> initialized_;

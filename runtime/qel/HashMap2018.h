@@ -138,6 +138,14 @@ class HashMap2018 {
     return entry;
   }
 
+  // Makes room for `members` members in all, so that filling the map up to that many
+  // does not grow it on the way. Filling a growing map in hash order (from a walk of
+  // another map of the same order) would pile the members into its first slots.
+  void reserve(std::size_t members) {
+    const unsigned bits = bitsFor(members);
+    if (slots_ == 0 || bits > bits_) rebuild(fittingBits(bits, 64));
+  }
+
   bool erase(const Key& key) {
     if (size_ == 0) return false;
     const Location at = locate(hashOf(key), key);

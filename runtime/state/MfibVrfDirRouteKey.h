@@ -26,9 +26,10 @@ class MfibVrfDirRouteKey {
 
   // "<app>:<source>,<group>"; "none" for no position.
   std::string toString() const;
-  std::size_t hash() const noexcept {
-    return Lanx::hashCombine(static_cast<std::uint64_t>(app_), key_.hash());
-  }
+  // The hash of the route key alone: a hash collection of these keys walks in the order
+  // of the route tables' own collections, so a pass over changed keys reads a table front
+  // to back. Keys of one route in several tables are told apart by equality and order.
+  std::size_t hash() const noexcept { return key_.hash(); }
 
   friend bool operator==(const MfibVrfDirRouteKey&, const MfibVrfDirRouteKey&) noexcept = default;
   friend std::strong_ordering operator<=>(const MfibVrfDirRouteKey&,
