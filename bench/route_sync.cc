@@ -128,7 +128,6 @@ double floorSeconds(std::uint32_t n) {
 
 struct Figures {
   double review = 0;
-  double adapterSet = 0;
   double changed = 0;
   double changedReactors = 0;
   double burst = 0;
@@ -138,6 +137,15 @@ struct Figures {
   double longestPreemptedRun = 0;
   std::uint64_t runs = 0;
   std::uint64_t preemptedRuns = 0;
+  std::vector<double> runTimes;  // of the runs not preempted
+
+  // The run time that all but one in a thousand runs stay within.
+  double runTimeP999() const {
+    if (runTimes.empty()) return 0;
+    std::vector<double> sorted = runTimes;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted[std::min(sorted.size() - 1, sorted.size() * 999 / 1000)];
+  }
   double bytesPerPendingKey = 0;
 };
 
@@ -177,6 +185,7 @@ Figures run(std::uint32_t n) {
         f.longestPreemptedRun = std::max(f.longestPreemptedRun, runTime);
       } else {
         f.longestRun = std::max(f.longestRun, runTime);
+        f.runTimes.push_back(runTime);
       }
       channel->pump();
     }
@@ -191,10 +200,9 @@ Figures run(std::uint32_t n) {
       L3::VrfName("red"), Lanx::AddressFamily::ipv4);
   adapter->mfibVashIs(MfibAppType::pim, table);
 
-  // (a) The review, with the walk of the new table that comes with the adapter.
+  // (a) The review, from the adapter to the last command.
   auto start = Clock::now();
   sm->mfibVrfAdapterIs(adapter);
-  f.adapterSet = seconds(start, Clock::now());
   drain();
   f.review = seconds(start, Clock::now());
   if (!sm->reviewedOnce()) std::fprintf(stderr, "review did not finish\n");
@@ -243,7 +251,6 @@ Figures run(std::uint32_t n) {
 Figures best(const Figures& a, const Figures& b) {
   Figures f = a;
   f.review = std::min(a.review, b.review);
-  f.adapterSet = std::min(a.adapterSet, b.adapterSet);
   f.changed = std::min(a.changed, b.changed);
   f.changedReactors = std::min(a.changedReactors, b.changedReactors);
   f.burst = std::min(a.burst, b.burst);
@@ -252,6 +259,7 @@ Figures best(const Figures& a, const Figures& b) {
   f.longestRun = std::max(a.longestRun, b.longestRun);
   f.longestPreemptedRun = std::max(a.longestPreemptedRun, b.longestPreemptedRun);
   f.runs = a.runs + b.runs;
+  f.runTimes.insert(f.runTimes.end(), b.runTimes.begin(), b.runTimes.end());
   f.preemptedRuns = a.preemptedRuns + b.preemptedRuns;
   return f;
 }
@@ -297,9 +305,9 @@ int main(int argc, char** argv) {
                 static_cast<unsigned long long>(f.burstCommands),
                 f.burstCommands == keys ? "ok" : "BAD", f.longestRun * 1e3,
                 f.bytesPerPendingKey);
-    std::printf("%9s table walk at adapter set %.1f ms; reactors' share of (b) %.0f ns; "
-                "%llu of %llu runs preempted, longest of those %.2f ms\n",
-                "", f.adapterSet * 1e3, f.changedReactors * perRoute,
+    std::printf("%9s reactors' share of (b) %.0f ns; runs: 99.9%% within %.2f ms; %llu of %llu "
+                "preempted by the OS and left out of 'longest' (longest of those %.2f ms)\n",
+                "", f.changedReactors * perRoute, f.runTimeP999() * 1e3,
                 static_cast<unsigned long long>(f.preemptedRuns),
                 static_cast<unsigned long long>(f.runs), f.longestPreemptedRun * 1e3);
   }
