@@ -121,7 +121,7 @@ void MfaAgent::handleInitialized() {
     doMountLongBranch(sharedMem);
   } else {
     vrfNameStatusIs(centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(entityManager(),
-                                                                     "vrf/vrfNameStatus"));
+                                                                     Vrf::VrfIdMap::NameToIdMapWrapper::path));
     handleVrfNameToId();
     hwVrfIdToNameStatusIs(
         sharedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::hardwarePath));
@@ -144,7 +144,7 @@ void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& s
   cmdConfigGroupIs(Lumo::String(cmdConfigGroupName));
   allVrfStatusLocal_.is(*this, centralEntity<Ip::VrfStatusLocalDir>(
                                    entityManager(), Ip::VrfStatusLocalDir::path));
-  bridgingConfigIs(centralEntity<Bridging::Config>(entityManager(), "bridging/config"));
+  bridgingConfigIs(centralEntity<Bridging::Config>(entityManager(), Bridging::Config::path));
   intfVlanIdTableIs(intfVlanIdTableName);
   gmpVlanGroupMembershipStatus4_.is(
       *this, centralEntity<Bridging::IgmpSnooping::Status>(
@@ -155,9 +155,9 @@ void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& s
   vtiStatusDir_.is(*this,
                    centralEntity<Vxlan::VtiStatusDir>(entityManager(), Vxlan::VtiStatusDir::path));
   vrfNameStatusIs(
-      centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(entityManager(), "vrf/vrfNameStatus"));
+      centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(entityManager(), Vrf::VrfIdMap::NameToIdMapWrapper::path));
   hwCapabilities_.is(*this, centralEntity<Bridging::HwCapabilities>(entityManager(),
-                                                                    "bridging/hwcapabilities"));
+                                                                    Bridging::HwCapabilities::path));
 
   using Routing::Multicast::IpTunnelForwardingStatus;
   const auto group = sharedMem->getMountGroup();

@@ -43,16 +43,16 @@ CentralStateStore::CentralStateStore(std::string_view sharedMemName)
   central(Interface::IntfStatusDir::allPath, Lumo::makePtr<Interface::IntfStatusDir>());
   central(Interface::IntfStatusDir::localPath, Lumo::makePtr<Interface::IntfStatusDir>());
   central(Ip::VrfStatusLocalDir::path, Lumo::makePtr<Ip::VrfStatusLocalDir>());
-  bridgingConfig_ = central("bridging/config", Lumo::makePtr<Bridging::Config>());
+  bridgingConfig_ = central(Bridging::Config::path, Lumo::makePtr<Bridging::Config>());
   central(Bridging::IgmpSnooping::Status::igmpPath,
           Lumo::makePtr<Bridging::IgmpSnooping::Status>());
   central(Bridging::IgmpSnooping::Status::mldPath,
           Lumo::makePtr<Bridging::IgmpSnooping::Status>());
   central(Vxlan::VtiStatusDir::path, Lumo::makePtr<Vxlan::VtiStatusDir>());
-  auto wrapper = central("vrf/vrfNameStatus", Lumo::makePtr<Vrf::VrfIdMap::NameToIdMapWrapper>());
+  auto wrapper = central(Vrf::VrfIdMap::NameToIdMapWrapper::path, Lumo::makePtr<Vrf::VrfIdMap::NameToIdMapWrapper>());
   vrfNameToId_ = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
   wrapper->nameToIdMapIs(vrfNameToId_);
-  central("bridging/hwcapabilities", Lumo::makePtr<Bridging::HwCapabilities>());
+  central(Bridging::HwCapabilities::path, Lumo::makePtr<Bridging::HwCapabilities>());
   central(Routing::Hardware::RouteStatus::path, Lumo::makePtr<Routing::Hardware::RouteStatus>());
   for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
     const std::size_t i = familyIndex(af);

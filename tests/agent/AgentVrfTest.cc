@@ -44,7 +44,7 @@ TEST_F(AgentVrfTest, AReplacedNameMapIsFollowedAndNamesGoneFromItLoseTheirIds) {
   state->vrfNameToId().vrfIdIs("red", VrfId(2));
   makeAgent(true);
   auto wrapper = Lumo::ptrCast<Vrf::VrfIdMap::NameToIdMapWrapper>(
-      state->entityManager()->getEntity("vrf/vrfNameStatus"));
+      state->entityManager()->getEntity(Vrf::VrfIdMap::NameToIdMapWrapper::path));
   auto map = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
   map->vrfIdIs("blue", VrfId(5));
   wrapper->nameToIdMapIs(map);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/state/EthAddr.h"
 #include "runtime/state/StateEntity.h"
@@ -11,6 +13,7 @@ namespace Bridging {
 class Config : public Lanx::StateEntity<"Bridging::Config"> {
  public:
   enum : Qel::AttributeId { kBridgeMacAddr = 1 };
+  static constexpr std::string_view path = "bridging/config";
 
   const Lanx::EthAddr& bridgeMacAddr() const noexcept { return bridgeMacAddr_.get(); }
   void bridgeMacAddrIs(Lanx::EthAddr mac) { bridgeMacAddr_.is(*this, mac); }

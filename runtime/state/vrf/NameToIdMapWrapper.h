@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/state/StateEntity.h"
@@ -13,6 +15,7 @@ namespace Vrf::VrfIdMap {
 class NameToIdMapWrapper : public Lanx::StateEntity<"Vrf::VrfIdMap::NameToIdMapWrapper"> {
  public:
   enum : Qel::AttributeId { kNameToIdMap = 1 };
+  static constexpr std::string_view path = "vrf/vrfNameStatus";
 
   Lumo::Ptr<NameToIdMap const> nameToIdMap() const { return nameToIdMap_.get(); }
   // The id of a name in the current map; none without a map or a name.
