@@ -3,6 +3,7 @@
 #include "agent/MfaToggles.h"
 #include "pipeline/ResumeAllCmd.h"
 #include "proto/bess.pb.h"
+#include "runtime/qel/ActivityManagerConfig.h"
 #include "runtime/sharedmem/KrazMountInfo.h"
 #include "runtime/sharedmem/MountInfo.h"
 #include "runtime/state/SharedMemName.h"
@@ -101,6 +102,7 @@ MfaAgent::~MfaAgent() {
   for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
     while (!mfibSms(af).empty()) mfibSmDel(L3::VrfName(mfibSms(af).begin()->key), af);
   }
+  mcastIntfModuleSm_.del(*this);
   HN_NestedSm_MfibVrfAdapter_.smDelAll();
   HN_NestedSm_Mfib6VrfAdapter_.smDelAll();
   HN_NestedSm_AppRootSm_.smDelAll();
@@ -146,6 +148,9 @@ void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& s
                                    entityManager(), Ip::VrfStatusLocalDir::path));
   bridgingConfigIs(centralEntity<Bridging::Config>(entityManager(), Bridging::Config::path));
   intfVlanIdTableIs(intfVlanIdTableName);
+  mcastIntfModuleSmIs(mcastModuleManager(), vekcsd(), cmdConfigGroup(), mcastIntfRoot_.get(),
+                      mcastIntfRoot6_.get(), vrfDeviceIntfStatusDir(), intfVlanIdTable(),
+                      Qel::activityManager()->clock());
   gmpVlanGroupMembershipStatus4_.is(
       *this, centralEntity<Bridging::IgmpSnooping::Status>(
                  entityManager(), Bridging::IgmpSnooping::Status::igmpPath));

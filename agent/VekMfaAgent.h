@@ -9,6 +9,7 @@
 #include "agent/MfibDirSm.h"
 #include "agent/NestedSm_AppRootSm.h"
 #include "agent/NestedSm_MfibVrfAdapter.h"
+#include "intf/VekL3McastIntfSm.h"
 #include "mfib/VekL3MfibModule.h"
 #include "mfib/VekL3MfibSm.h"
 #include "pipeline/McastAnyRxSet.h"
@@ -134,6 +135,7 @@ class MfaAgent : public Qel::StateMachine {
     kInitialized,
     kMvxlanInitialized,
     kMMplsInitialized,
+    kMcastIntfModuleSm,
   };
   // The name of the agent's own group of daemon-level commands.
   static constexpr std::string_view cmdConfigGroupName = "mfaAgent";
@@ -279,6 +281,19 @@ class MfaAgent : public Qel::StateMachine {
   void pimRegRxVrfIs(const L3::VrfName& vrf, Lanx::AddressFamily af,
                      const Lumo::Ptr<PimRegRx>& port);
   void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  // The multicast interface tracker; the full agent only.
+  const Lumo::Ptr<McastIntfModuleSm>& mcastIntfModuleSm() const noexcept {
+    return mcastIntfModuleSm_.get();
+  }
+  Lumo::Ptr<McastIntfModuleSm> mcastIntfModuleSmIs(
+      const Lumo::Ptr<McastModuleManager>& manager, const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
+      const Lumo::Ptr<Vek::CmdConfigGroup>& group, const Lumo::Ptr<McastIntfModuleSm::Roots const>& root,
+      const Lumo::Ptr<McastIntfModuleSm::Roots const>& root6,
+      const Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>& deviceDir,
+      const Lumo::Ptr<IntfVlanId::Table const>& vlanTable, const Lumo::Ptr<Qel::Clock const>& clock) {
+    return mcastIntfModuleSm_.is(*this, manager, vekcsd, group, root, root6, deviceDir, vlanTable,
+                                 clock);
+  }
   const Lumo::Ptr<VekMcastL3IntfSm>& txDemuxerL3IntfSm() const noexcept {
     return txDemuxerL3IntfSm_.get();
   }
@@ -460,6 +475,13 @@ class MfaAgent : public Qel::StateMachine {
   Qel::InstantiatingAttr<VekMcastL3IntfSm, kTxDemuxerL3IntfSm, "txDemuxerL3IntfSm",
                          Lumo::Ptr<Vek::VekCommonSmData>, Lumo::Ptr<McastModuleManager>>
       txDemuxerL3IntfSm_;
+  Qel::InstantiatingAttr<McastIntfModuleSm, kMcastIntfModuleSm, "mcastIntfModuleSm",
+                         Lumo::Ptr<McastModuleManager>, Lumo::Ptr<Vek::VekCommonSmData>,
+                         Lumo::Ptr<Vek::CmdConfigGroup>, Lumo::Ptr<McastIntfModuleSm::Roots const>,
+                         Lumo::Ptr<McastIntfModuleSm::Roots const>,
+                         Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>,
+                         Lumo::Ptr<IntfVlanId::Table const>, Lumo::Ptr<Qel::Clock const>>
+      mcastIntfModuleSm_;
   Qel::NestedSmCollection<MfaAgent, NestedSm_MfibVrfAdapter,
                           &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
       HN_NestedSm_MfibVrfAdapter_{this};

@@ -239,8 +239,8 @@ void MfaAgent::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
     VEK_TRACE(info, "Create McastAnyRxSet( {} )", vrf);
     auto set = mcastModuleManager()->createMcastAnyRxSet(vrf, id, cmdConfigGroup());
     mcastAnyRxSetIs(set);
-    // The interface tracker maps the VRF's ifIndexes here, and the egress side of VXLAN
-    // and MPLS connects the demultiplexer, once they are built.
+    mcastIntfModuleSm()->updateIfIndexAll(vrf);
+    // The egress side of VXLAN and MPLS connects the demultiplexer here, once they are built.
     attachMcastAnyRxSetTasks(set);
   }
 

@@ -6,12 +6,25 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "runtime/trace/Trace.h"
 
 namespace VekL3Mcast {
 
+namespace {
+AllMultiObserver& allMultiObserver() {
+  static AllMultiObserver observer;
+  return observer;
+}
+}  // namespace
+
+void allMultiObserverIsForTest(AllMultiObserver observer) {
+  allMultiObserver() = std::move(observer);
+}
+
 void allMultiIs(int ioctlFd, std::string_view deviceName, bool on) {
+  if (allMultiObserver()) allMultiObserver()(deviceName, on);
   struct ifreq request;
   std::memset(&request, 0, sizeof(request));
   std::memcpy(request.ifr_name, deviceName.data(),

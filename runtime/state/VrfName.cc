@@ -20,4 +20,12 @@ Lanx::NamespaceName VrfName::nsName() const {
   return Lanx::NamespaceName(name);
 }
 
+std::optional<VrfName> VrfName::fromNsName(std::string_view ns) {
+  if (ns == defaultVrfText) return defaultVrf();
+  if (!ns.starts_with(nonDefaultNamespacePrefix)) return std::nullopt;
+  ns.remove_prefix(nonDefaultNamespacePrefix.size());
+  if (ns.empty() || ns.size() > maxLength() || ns == defaultVrfText) return std::nullopt;
+  return VrfName(ns);
+}
+
 }  // namespace L3

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string_view>
 
 #include "runtime/qel/BoundedString.h"
@@ -21,6 +22,9 @@ class VrfName : public Qel::BoundedString<VrfName, 100> {
   bool isDefault() const noexcept { return view() == defaultVrfText; }
   // The network namespace of the VRF: "default" for the default VRF, "ns-<name>" for any other.
   Lanx::NamespaceName nsName() const;
+  // The VRF whose namespace that is; none for a namespace no VRF has, or whose VRF name
+  // would be longer than a VRF name may be.
+  static std::optional<VrfName> fromNsName(std::string_view ns);
 };
 
 }  // namespace L3

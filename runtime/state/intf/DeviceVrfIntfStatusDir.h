@@ -15,6 +15,12 @@ class DeviceVrfIntfStatusDir
  public:
   static constexpr std::string_view kernelIntfs = "KernelIntfs";
 
+  // `name`: the namespace the directory is filed under, so that a reader holding only the
+  // directory knows whose devices it sees.
+  explicit DeviceVrfIntfStatusDir(Lumo::String name = Lumo::String()) : name_(std::move(name)) {}
+
+  const Lumo::String& name() const noexcept { return name_; }
+
   Lumo::Ptr<DeviceIntfStatusDir> deviceIntfStatusDir(const Lumo::String& name) const {
     return childAs<DeviceIntfStatusDir>(name);
   }
@@ -26,6 +32,14 @@ class DeviceVrfIntfStatusDir
     return made;
   }
   void deviceIntfStatusDirDel(const Lumo::String& name) { childDel(name); }
+  // The kernel's devices of the namespace; null until the namespace has them.
+  Lumo::Ptr<DeviceIntfStatusDir> kernelIntfStatusDir() const {
+    static const Lumo::String kernelIntfsName(kernelIntfs);
+    return deviceIntfStatusDir(kernelIntfsName);
+  }
+
+ private:
+  Lumo::String name_;
 };
 
 }  // namespace Interface

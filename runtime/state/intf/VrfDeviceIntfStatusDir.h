@@ -26,7 +26,7 @@ class VrfDeviceIntfStatusDir
   // Finds or makes the directory of the namespace.
   Lumo::Ptr<DeviceVrfIntfStatusDir> deviceVrfIntfStatusDirIs(const Lanx::NamespaceName& ns) {
     if (auto present = deviceVrfIntfStatusDir(ns)) return present;
-    auto made = Lumo::makePtr<DeviceVrfIntfStatusDir>();
+    auto made = Lumo::makePtr<DeviceVrfIntfStatusDir>(ns.str());
     childIs(ns.str(), made);
     return made;
   }

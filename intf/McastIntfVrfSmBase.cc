@@ -1,0 +1,34 @@
+#include "intf/McastIntfVrfSmBase.h"
+
+#include <vector>
+
+#include "intf/VekL3McastIntfSm.h"
+#include "runtime/trace/Trace.h"
+
+namespace VekL3Mcast {
+
+McastIntfVrfSmBase::McastIntfVrfSmBase(McastIntfModuleSm* owner, Lumo::Ptr<Root const> root)
+    : Qel::NotifieeConstOf<Root>(this), owner_(owner) {
+  notifierIs(std::move(root));
+}
+
+void McastIntfVrfSmBase::onAttribute(Qel::AttributeId id, const void* key) {
+  if (id != Root::kMulticastIntf) return;
+  doSchedule(notifier()->vrfName(), *static_cast<const Lanx::IntfId*>(key));
+}
+
+void McastIntfVrfSmBase::doScheduleAll() {
+  const Root* root = notifier();
+  for (const auto& member : root->multicastIntfs()) {
+    VEK_TRACE(debug, "Scheduling: {}", member.key);
+    owner_->changedVrfIntfIs(root->af(), VrfIntfPair{root->vrfName(), member.key});
+  }
+  owner_->doUpdateNextReview();
+}
+
+void McastIntfVrfSmBase::doSchedule(const L3::VrfName& vrfName, Lanx::IntfId intfId) {
+  owner_->changedVrfIntfIs(notifier()->af(), VrfIntfPair{vrfName, intfId});
+  owner_->doUpdateNextReview();
+}
+
+}  // namespace VekL3Mcast
