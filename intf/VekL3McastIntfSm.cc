@@ -1,5 +1,6 @@
 #include "intf/VekL3McastIntfSm.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -273,12 +274,17 @@ void McastIntfModuleSm::handleClock() {
     return at.done() ? Qel::Optional<VrfIntfPair>() : Qel::Optional<VrfIntfPair>(at.currNodeMaybeStale().key);
   };
   bool suspended = false;
+  double stepStart = start;
   for (bool worked = true; worked && !suspended;) {
     worked = false;
     for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
       const bool did = af == AddressFamily::ipv6 ? doReviewOne(iter6, af) : doReviewOne(iter, af);
-      worked = worked || did;
-      if (did && Qel::System::currentTime() >= deadline) {
+      if (!did) continue;
+      worked = true;
+      const double now = Qel::System::currentTime();
+      longestReviewStep_ = std::max(longestReviewStep_, now - stepStart);
+      stepStart = now;
+      if (now >= deadline) {
         suspended = true;
         break;
       }
@@ -286,8 +292,7 @@ void McastIntfModuleSm::handleClock() {
   }
   bookmarkVrfIntf_ = bookmarkAt(iter);
   bookmarkVrfIntf6_ = bookmarkAt(iter6);
-  const double slice = Qel::System::currentTime() - start;
-  if (slice > longestReviewSlice_) longestReviewSlice_ = slice;
+  longestReviewSlice_ = std::max(longestReviewSlice_, stepStart - start);
   if (suspended) {
     VEK_TRACE(info, "Suspending review");
     reviewTimer_->doUpdateNextReviewImmediately();

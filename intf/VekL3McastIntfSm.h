@@ -156,9 +156,11 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   void reviewQuantumIs(double seconds);
   bool initialized() const noexcept { return initialized_.get(); }
 
-  // Review slices so far and the longest one, in the clock's seconds.
+  // Review slices so far, the longest one and the longest single step of one (the check of
+  // one interface), in the clock's seconds.
   std::uint64_t reviewSlices() const noexcept { return reviewSlices_; }
   double longestReviewSlice() const noexcept { return longestReviewSlice_; }
+  double longestReviewStep() const noexcept { return longestReviewStep_; }
 
  private:
   // One step of a review: checks the pair the iterator stands on, takes it out of its set
@@ -201,6 +203,7 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   Qel::ValueAttr<bool, kInitialized> initialized_;
   std::uint64_t reviewSlices_ = 0;
   double longestReviewSlice_ = 0;
+  double longestReviewStep_ = 0;
 
   // Reactors, declared last so that they go before what they watch.
   Qel::SmSubscriber<McastIntfModuleSm> intfVlanIdTableReactor_{
