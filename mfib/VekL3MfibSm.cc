@@ -350,16 +350,12 @@ void VekL3MfibSm::handleChangedRoutes() {
   // Changes wait for the end of the review, which sees their new state in any case.
   if (!reviewedOnce()) return;
   VEK_TRACE(info, "Starting/resuming review of changed routes");
-  if (changedRouteBatch_.empty()) {
-    changedRouteBatch_.swap(changedRoute_);
-    changedRouteBatchNext_.reset();
-    changedRouteBatchWorked_ = 0;
-  }
   Dov::Task& task = *task_.get();
   std::uint64_t count = 0;
-  // Nothing changes the batch while this loop runs: decisions only queue commands.
-  auto it = changedRouteBatchNext_ ? changedRouteBatch_.lowerBound(*changedRouteBatchNext_)
-                                   : changedRouteBatch_.begin();
+  // A decision only queues commands: nothing adds to or takes from the set while this
+  // loop runs (the iterator asserts it), so the keys worked leave together at its end,
+  // and the next run starts at the first key left.
+  auto it = changedRoute_.begin();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
     const MfibVrfDirRouteKey& member = it->key;
@@ -370,12 +366,9 @@ void VekL3MfibSm::handleChangedRoutes() {
   }
   task.taskWorkCountInc(count);
   if (it.done()) {
-    changedRouteBatch_.clear();
-    changedRouteBatchNext_.reset();
-    changedRouteBatchWorked_ = 0;
-  } else {
-    changedRouteBatchNext_ = it->key;
-    changedRouteBatchWorked_ += count;
+    changedRoute_.clear();
+  } else if (count > 0) {
+    changedRoute_.drainBefore(it->key);
   }
   const std::size_t left = changedRouteCount();
   if (left == 0) {
@@ -391,9 +384,6 @@ void VekL3MfibSm::handleChangedRoutes() {
 void VekL3MfibSm::changedRouteDelAll() {
   Qel::HashSet2018<MfibVrfDirRouteKey> gone;
   gone.swap(changedRoute_);
-  changedRouteBatch_.clear();
-  changedRouteBatchNext_.reset();
-  changedRouteBatchWorked_ = 0;
   for (const auto& member : gone) notify(kChangedRoute, &member.key);
 }
 
