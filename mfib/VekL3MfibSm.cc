@@ -237,9 +237,10 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
       route = table->routeFind(key);
       VEK_TRACE(debug, "Found alternate route {} from vash table {}", key, best);
     }
-  } else if (adapter.heldByPreferred(mfibAppKey, key)) {
+  } else if (!hint && adapter.heldByPreferred(mfibAppKey, key)) {
     // Not the best route (this table holds it, a preferred one too). The better
-    // application's route has a change of its own.
+    // application's route has a change of its own. A route given by the walk of all
+    // routes needs no asking: the walk gives each key from the table of its best route.
     VEK_TRACE(debug, "{} does not contain the best route for {}", mfibAppKey, key);
     return;
   }
@@ -251,9 +252,10 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
     VEK_TRACE(debug, "Programming route {} from {} iif Register {} oif Register {}", key,
               static_cast<unsigned>(table->app()), route->iifRegister(), route->oifRegister());
     // `route` is the table's current one: nothing has written the table since the lookup.
+    const Lanx::IntfId& null0Id = null0();
     for (auto it = route->oifIteratorConst(); !it.done(); it.next()) {
       const Lanx::IntfId intfId = it.intfId();
-      if (intfId == null0()) continue;
+      if (intfId == null0Id) continue;
       if (it.flags() & RouteIntf::incomingFlag) {
         iif = intfId.value();
       } else if (it.flags() & RouteIntf::outgoingFlag) {
