@@ -158,22 +158,5 @@ TEST_F(RouteDecisionTest, WithTheWildcardToggleOffStarGRoutesAreLeftAsTheyAre) {
   EXPECT_FALSE(routes().contains("*,239.2.2.2"));
 }
 
-TEST_F(RouteDecisionTest, ATableThatGoesHasEachOfItsKeysDecidedAgain) {
-  auto pim = table(MfibAppType::pim);
-  auto igmp = table(MfibAppType::igmp);
-  pim->routeIs(route(key("10.1.1.1"), "Ethernet1", {"Ethernet3"}));
-  pim->routeIs(route(key("10.1.1.2"), "Ethernet1", {"Ethernet3"}));
-  igmp->routeIs(route(key("10.1.1.2"), "Ethernet1", {"Ethernet4"}));
-  settle();
-  routeCommands();
-
-  adapter->mfibVashDel(MfibAppType::pim);
-  settle();
-  EXPECT_FALSE(routes().contains("10.1.1.1,239.1.1.1"));
-  EXPECT_THAT(gatesOf("10.1.1.2,239.1.1.1"), ElementsAre("Et4:11"));
-  EXPECT_EQ(sm->mfibVashCount(), 1u);
-  EXPECT_EQ(pim->subscribers(), 0u);  // its reactor went with it
-}
-
 }  // namespace
 }  // namespace MfibTest
