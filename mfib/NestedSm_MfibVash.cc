@@ -2,6 +2,8 @@
 
 #include <exception>
 
+#include <fmt/format.h>
+
 #include "mfib/VekL3MfibSm.h"
 #include "runtime/trace/Trace.h"
 
@@ -33,12 +35,8 @@ void NestedSm_MfibVash::handleMfibVash(bool vashDeleted) {
   if (!table || table->empty()) return;
   // An owner that is going away keeps no changed keys: its set goes with it.
   if (owner_->isZombie()) return;
-  // A table that comes before the review of all routes has begun needs no keys of its
-  // own: the review will meet every one of them.
-  if (!vashDeleted && owner_->reviewPending()) {
-    owner_->doKickReview();
-    return;
-  }
+  // Every key is recorded, even before the review has begun: the review then meets the
+  // key as well, and the second decision finds the module as the first one left it.
   const Routing::Multicast::Fib::MfibAppType application = app();
   try {
     // The walk is in the changed set's own order: the set must not grow on the way.
@@ -49,7 +47,8 @@ void NestedSm_MfibVash::handleMfibVash(bool vashDeleted) {
     }
   } catch (const std::exception& e) {
     // No exception may leave a reactor; what was recorded so far stays.
-    VEK_TRACE(err, "Walk of the {} route table failed: {}", application, e.what());
+    table->doCorruptionDetected(
+        fmt::format("walk of the {} route table failed: {}", application, e.what()));
   }
   owner_->doKickReview();
 }

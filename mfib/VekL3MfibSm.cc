@@ -237,9 +237,10 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
       route = table->routeFind(key);
       VEK_TRACE(debug, "Found alternate route {} from vash table {}", key, best);
     }
-  } else if (adapter.heldByPreferred(mfibAppKey, key)) {
+  } else if (!hint && adapter.heldByPreferred(mfibAppKey, key)) {
     // Not the best route (this table holds it, a preferred one too). The better
-    // application's route has a change of its own.
+    // application's route has a change of its own. A route given by the walk of all
+    // routes needs no asking: the walk gives each key from the table of its best route.
     VEK_TRACE(debug, "{} does not contain the best route for {}", mfibAppKey, key);
     return;
   }
@@ -251,9 +252,10 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
     VEK_TRACE(debug, "Programming route {} from {} iif Register {} oif Register {}", key,
               static_cast<unsigned>(table->app()), route->iifRegister(), route->oifRegister());
     // `route` is the table's current one: nothing has written the table since the lookup.
+    const Lanx::IntfId& null0Id = null0();
     for (auto it = route->oifIteratorConst(); !it.done(); it.next()) {
       const Lanx::IntfId intfId = it.intfId();
-      if (intfId == null0()) continue;
+      if (intfId == null0Id) continue;
       if (it.flags() & RouteIntf::incomingFlag) {
         iif = intfId.value();
       } else if (it.flags() & RouteIntf::outgoingFlag) {
@@ -350,16 +352,12 @@ void VekL3MfibSm::handleChangedRoutes() {
   // Changes wait for the end of the review, which sees their new state in any case.
   if (!reviewedOnce()) return;
   VEK_TRACE(info, "Starting/resuming review of changed routes");
-  if (changedRouteBatch_.empty()) {
-    changedRouteBatch_.swap(changedRoute_);
-    changedRouteBatchNext_.reset();
-    changedRouteBatchWorked_ = 0;
-  }
   Dov::Task& task = *task_.get();
   std::uint64_t count = 0;
-  // Nothing changes the batch while this loop runs: decisions only queue commands.
-  auto it = changedRouteBatchNext_ ? changedRouteBatch_.lowerBound(*changedRouteBatchNext_)
-                                   : changedRouteBatch_.begin();
+  // A decision only queues commands: nothing adds to or takes from the set while this
+  // loop runs (the iterator asserts it), so the keys worked leave together at its end,
+  // and the next run starts at the first key left.
+  auto it = changedRoute_.begin();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
     const MfibVrfDirRouteKey& member = it->key;
@@ -370,12 +368,9 @@ void VekL3MfibSm::handleChangedRoutes() {
   }
   task.taskWorkCountInc(count);
   if (it.done()) {
-    changedRouteBatch_.clear();
-    changedRouteBatchNext_.reset();
-    changedRouteBatchWorked_ = 0;
-  } else {
-    changedRouteBatchNext_ = it->key;
-    changedRouteBatchWorked_ += count;
+    changedRoute_.clear();
+  } else if (count > 0) {
+    changedRoute_.drainBefore(it->key);
   }
   const std::size_t left = changedRouteCount();
   if (left == 0) {
@@ -391,9 +386,6 @@ void VekL3MfibSm::handleChangedRoutes() {
 void VekL3MfibSm::changedRouteDelAll() {
   Qel::HashSet2018<MfibVrfDirRouteKey> gone;
   gone.swap(changedRoute_);
-  changedRouteBatch_.clear();
-  changedRouteBatchNext_.reset();
-  changedRouteBatchWorked_ = 0;
   for (const auto& member : gone) notify(kChangedRoute, &member.key);
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 #include "mfib/NestedSm_MfibVash.h"
@@ -112,19 +111,13 @@ class VekL3MfibSm : public Qel::StateMachine {
   void kernelMfibConfigIs(Lumo::Ptr<KernelMfibConfig const> config);
   void kernelMfibConfigDel();
 
-  // Keys waiting to be worked. A pass over them takes the whole set as its batch and
-  // works it in slices; a key that changes again meanwhile waits for the next batch. Keys
-  // leave in batches, without a publication each.
-  bool changedRouteHas(const MfibVrfDirRouteKey& key) const {
-    return changedRoute_.has(key) || changedRouteBatch_.has(key);
-  }
-  std::size_t changedRouteCount() const noexcept {
-    return changedRoute_.size() + changedRouteBatch_.size() - changedRouteBatchWorked_;
-  }
+  // Keys waiting to be worked. A key that is there already is not added again, so a key
+  // that changes many times before its turn is worked once.
+  bool changedRouteHas(const MfibVrfDirRouteKey& key) const { return changedRoute_.has(key); }
+  std::size_t changedRouteCount() const noexcept { return changedRoute_.size(); }
   void changedRouteIs(const MfibVrfDirRouteKey& key) {
     if (changedRoute_.insert(key).second) notify(kChangedRoute, &key);
   }
-  // A key of the batch under way is worked in any case.
   void changedRouteDel(const MfibVrfDirRouteKey& key) {
     const MfibVrfDirRouteKey gone = key;
     if (changedRoute_.erase(gone)) notify(kChangedRoute, &gone);
@@ -140,9 +133,6 @@ class VekL3MfibSm : public Qel::StateMachine {
   bool bookmarkNotNull() const { return !(bookmark().vashBookmark == IpGenRouteKey()); }
 
   bool reviewedOnce() const noexcept { return reviewedOnce_.get(); }
-  // The review of all routes has not begun: its next run starts at the beginning and
-  // meets every route of every table there is then.
-  bool reviewPending() const { return !reviewedOnce() && bookmark() == Bookmark(); }
   bool initialized() const noexcept { return initialized_.get(); }
 
   Dov::Task* task() const noexcept { return task_.get(); }
@@ -193,10 +183,6 @@ class VekL3MfibSm : public Qel::StateMachine {
   const Lumo::Ptr<Dov::TaskScheduler> taskScheduler_;
   Qel::NestedSmCollection<VekL3MfibSm, NestedSm_MfibVash, &Status::app> HN_NestedSm_MfibVash_{this};
   Qel::HashSet2018<MfibVrfDirRouteKey> changedRoute_;
-  Qel::HashSet2018<MfibVrfDirRouteKey> changedRouteBatch_;
-  // Where the batch goes on, and how many of its keys were worked.
-  std::optional<MfibVrfDirRouteKey> changedRouteBatchNext_;
-  std::size_t changedRouteBatchWorked_ = 0;
   Qel::ValueAttr<Bookmark, kBookmark> bookmark_;
   Qel::ValueAttr<bool, kReviewedOnce> reviewedOnce_;
   Qel::ValueAttr<bool, kInitialized> initialized_;

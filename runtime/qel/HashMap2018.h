@@ -162,6 +162,10 @@ class HashMap2018 {
   void eraseFrom(const Key& from) { eraseSlots(positionOf(from), slots_); }
   // Erase the members from the beginning up to, not including, the position of `to`.
   void eraseBefore(const Key& to) { eraseSlots(0, positionOf(to)); }
+  // The same for a map that is worked off from its beginning in slices: the storage stays
+  // as it is until the map is empty, as a smaller table would be rebuilt at every slice
+  // for members that leave soon anyway.
+  void drainBefore(const Key& to) { eraseSlots(0, positionOf(to), false); }
   void clear() {
     releaseStorage();
     bump();
@@ -310,7 +314,7 @@ class HashMap2018 {
 
   // Erases the members in slots [first, last) and pulls the members after the range
   // back towards their home slots, so that no member stands behind an empty slot.
-  void eraseSlots(std::size_t first, std::size_t last) {
+  void eraseSlots(std::size_t first, std::size_t last, bool mayShrink = true) {
     first = std::max(first, firstHint_);
     last = std::min(last, slots_);
     if (first >= last) return;
@@ -333,7 +337,8 @@ class HashMap2018 {
     bump();
     if (size_ == 0) {
       releaseStorage();
-    } else if (bits_ > kMinBits && size_ * 16 < homeSlots(bits_) && size_ < shrinkBelow_) {
+    } else if (mayShrink && bits_ > kMinBits && size_ * 16 < homeSlots(bits_) &&
+               size_ < shrinkBelow_) {
       shrink();
     }
   }

@@ -21,12 +21,12 @@ void Route::intfIs(Lanx::IntfId intfId, std::uint8_t flags) {
   if (at != intfs_.end()) {
     at->flags = flags;
   } else {
-    intfs_.push_back(RouteIntf{intfId, flags});
+    intfs_.pushBack(RouteIntf{intfId, flags});
   }
 }
 
 void Route::intfDel(Lanx::IntfId intfId) {
-  std::erase_if(intfs_, [&](const RouteIntf& member) { return member.intfId == intfId; });
+  intfs_.eraseIf([&](const RouteIntf& member) { return member.intfId == intfId; });
 }
 
 std::string Route::toString() const {

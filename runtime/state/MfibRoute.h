@@ -10,6 +10,7 @@
 #include "runtime/state/IpGenRouteKey.h"
 #include "runtime/state/MfibRouteIntf.h"
 #include "runtime/state/MfibRouteIntfIteratorConst.h"
+#include "runtime/state/MfibRouteIntfList.h"
 
 namespace Vash::Multicast::Fib {
 
@@ -45,9 +46,9 @@ class Route {
   bool oifRegister() const noexcept { return (routeFlags_ & oifRegisterFlag) != 0; }
   bool switching() const noexcept { return (routeFlags_ & switchingFlag) != 0; }
 
-  std::span<const RouteIntf> intfs() const noexcept { return intfs_; }
+  std::span<const RouteIntf> intfs() const noexcept { return {intfs_.begin(), intfs_.size()}; }
   RouteIntfIteratorConst oifIteratorConst() const noexcept {
-    return RouteIntfIteratorConst(intfs_.data(), intfs_.data() + intfs_.size());
+    return RouteIntfIteratorConst(intfs_.begin(), intfs_.end());
   }
 
   void iifIs(Lanx::IntfId iif) noexcept { iif_ = iif; }
@@ -66,7 +67,7 @@ class Route {
   Routing::Multicast::Fib::IpGenRouteKey key_;
   Lanx::IntfId iif_;
   std::uint8_t routeFlags_ = 0;
-  std::vector<RouteIntf> intfs_;
+  RouteIntfList intfs_;
 };
 
 }  // namespace Vash::Multicast::Fib

@@ -10,6 +10,7 @@
 #include "runtime/state/IpGenRouteKey.h"
 #include "runtime/state/MfibAppType.h"
 #include "runtime/state/MfibRoute.h"
+#include "runtime/state/VashMapBase.h"
 #include "runtime/state/VrfName.h"
 
 namespace Vash::Multicast::Fib {
@@ -22,7 +23,7 @@ namespace Vash::Multicast::Fib {
 // Routes iterate in the hash order of their keys, which is stable while the table does
 // not change and the same in every table; an iterator can start at the position a key
 // has, or would have if it is absent, which is how a bookmarked walk resumes.
-class Status : public Qel::Entity {
+class Status : public Qel::Entity, public VashMapBase {
  public:
   enum : Qel::AttributeId { kRoute = 1 };
   using RouteKey = Routing::Multicast::Fib::IpGenRouteKey;

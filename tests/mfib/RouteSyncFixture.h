@@ -1,5 +1,8 @@
 #pragma once
 
+#include <google/protobuf/any.pb.h>
+#include <google/protobuf/util/json_util.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -83,7 +86,11 @@ class RouteSyncFixture : public FibFixture {
       if (e["kind"] != "moduleCmd") continue;
       const std::string cmd = e["cmd"];
       if (cmd != "addMroute" && cmd != "deleteMroute") continue;
-      out.push_back(cmd + " " + addressOf(e["arg"], "source") + "," + addressOf(e["arg"], "group"));
+      google::protobuf::Any packed;  // the log keeps the argument as it travels
+      vek::pb::MfibRouteArg arg;
+      EXPECT_TRUE(google::protobuf::util::JsonStringToMessage(e["arg"].dump(), &packed).ok() &&
+                  packed.UnpackTo(&arg));
+      out.push_back(cmd + " " + address(arg.source()) + "," + address(arg.group()));
     }
     routeSeq_ = channel->commandLog().lastSeq();
     return out;
@@ -105,25 +112,11 @@ class RouteSyncFixture : public FibFixture {
                                                              Lanx::AddressFamily::ipv4);
 
  private:
-  // The address in a logged route argument: protobuf's JSON has bytes in base64.
-  static std::string addressOf(const Json& arg, const char* field) {
-    if (!arg.contains(field)) return "*";
-    static const std::string alphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::vector<std::uint8_t> bytes;
-    unsigned buffer = 0;
-    int bits = 0;
-    for (char c : arg[field].get<std::string>()) {
-      const auto at = alphabet.find(c);
-      if (at == std::string::npos) break;
-      buffer = (buffer << 6) | static_cast<unsigned>(at);
-      bits += 6;
-      if (bits >= 8) {
-        bits -= 8;
-        bytes.push_back(static_cast<std::uint8_t>(buffer >> bits));
-      }
-    }
-    auto addr = Lanx::IpGenAddr::fromRawBytes(bytes);
+  // A raw address of a route argument as text; empty for a *,G source.
+  static std::string address(const std::string& raw) {
+    if (raw.empty()) return "*";
+    auto addr = Lanx::IpGenAddr::fromRawBytes(
+        {reinterpret_cast<const std::uint8_t*>(raw.data()), raw.size()});
     return addr ? addr->toString() : "?";
   }
 

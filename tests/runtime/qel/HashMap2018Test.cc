@@ -153,6 +153,21 @@ TEST(HashMap2018Test, LargeBurstGrowsAndGivesMemoryBack) {
   EXPECT_TRUE(set.empty());
 }
 
+TEST(HashMap2018Test, ADrainFromTheBeginningKeepsTheStorageUntilEmpty) {
+  Qel::HashSet2018<int> set;
+  for (int k = 0; k < 10000; ++k) set.insert(k);
+  const std::size_t grown = set.capacityForTest();
+  while (set.size() > 1000) {
+    auto it = set.begin();
+    for (int n = 0; n < 1000; ++n) ++it;
+    const int next = it->key;
+    set.drainBefore(next);
+    ASSERT_EQ(set.begin()->key, next);
+    ASSERT_EQ(set.capacityForTest(), grown);
+  }
+  EXPECT_EQ(set.size(), 1000u);
+}
+
 TEST(HashMap2018Test, VersionMovesOnlyWithStructuralChange) {
   Qel::HashMap2018<int, int> map;
   map.set(1, 1);
