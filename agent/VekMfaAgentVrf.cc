@@ -247,14 +247,13 @@ void MfaAgent::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
   mcastIntfRoot(af)->vrfSmIs(vrf, af, multicastIntfsAppDir(af));
   kernelMfibStatusColl(af)->vrfStatusIs(vrf);
 
-  if (oru_) {
-    Lumo::Ptr<PimRegRx> port = pimRegRxVrf(vrf, af);
-    if (!port) {
-      VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
-                vrf);
-      port = mcastModuleManager()->createPimRegRx(af, vrf, cmdConfigGroup());
-      pimRegRxVrfIs(vrf, af, port);
-    }
+  // The port's task is attached with the port: attaching it again at a repeated start
+  // would file the one task under a second worker's class.
+  if (oru_ && !pimRegRxVrf(vrf, af)) {
+    VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
+              vrf);
+    const Lumo::Ptr<PimRegRx> port = mcastModuleManager()->createPimRegRx(af, vrf, cmdConfigGroup());
+    pimRegRxVrfIs(vrf, af, port);
     attachPimRegRxTasks(port);
   }
 
