@@ -182,11 +182,15 @@ void MfaAgent::mfibModuleDel(const L3::VrfName& vrf, AddressFamily af) {
 void MfaAgent::handleMfibModule(const L3::VrfName& vrf, AddressFamily af) {
   const auto appRootSm = mcastIntfRoot(af)->vrfSm(vrf);
   if (const Lumo::Ptr<MfibAf> module = mfibModule(vrf, af)) {
-    if (!appRootSm) return;
-    for (const auto& member : appRootSm->multicastIntfs()) {
-      VEK_TRACE(info, "add intf to mfibModule: {}", member.key.shortName());
-      module->addMulticastIntfs(member.key);
+    if (appRootSm) {
+      for (const auto& member : appRootSm->multicastIntfs()) {
+        VEK_TRACE(info, "add intf to mfibModule: {}", member.key.shortName());
+        module->addMulticastIntfs(member.key);
+      }
     }
+    // The VXLAN pipeline connects the module here once it is built: for the default VRF
+    // to the L2 encapsulation and decapsulation and the VLAN modules, for every VRF to the
+    // L3 VXLAN modules, as far as they stand.
     return;
   }
   VEK_TRACE(info, "Cleaning up interface modules for vrf: {}", vrf);
@@ -239,8 +243,9 @@ void MfaAgent::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
     VEK_TRACE(info, "Create McastAnyRxSet( {} )", vrf);
     auto set = mcastModuleManager()->createMcastAnyRxSet(vrf, id, cmdConfigGroup());
     mcastAnyRxSetIs(set);
-    // The interface tracker maps the VRF's ifIndexes here, and the egress side of VXLAN
-    // and MPLS connects the demultiplexer, once they are built.
+    // The interface tracker maps the VRF's ifIndexes here. Then, while neither the L2 nor
+    // the L3 egress has connected the demultiplexer, the VXLAN egress connects it here,
+    // once that pipeline is built.
     attachMcastAnyRxSetTasks(set);
   }
 
@@ -266,7 +271,9 @@ void MfaAgent::doCreateMfibModule(const L3::VrfName& vrf, AddressFamily af,
   const Lumo::Ptr<MfibAf> module = mcastModuleManager()->createMfibModule(af, vrf, id, oru_);
   addMfibModuleCounters(module, vekcsd());
   mfibModuleIs(module);
-  // The MPLS side catches up on the VRF's provider interface here once it is built.
+  // The MPLS side catches up on the VRF's ids and provider interfaces here once it is
+  // built (handleVrfIdToName, handleMvpnIntfStatus, when MPLS is initialized and a toggle
+  // of it is on).
   if (bridgingConfig()) module->setBridgeMacAddr(bridgingConfig()->bridgeMacAddr());
   if (oru_) {
     module->regMfibTasks(vrf);
@@ -276,6 +283,8 @@ void MfaAgent::doCreateMfibModule(const L3::VrfName& vrf, AddressFamily af,
     module->regMfibTasksForAllWorkers(vrf, workers);
     module->regCleanupTaskForAllWorkers(vrf, workers);
   }
+  // The SBD VLAN of the VRF reaches the module here once the VXLAN interface state is
+  // followed.
 }
 
 void MfaAgent::doCreateMfibSm(const L3::VrfName& vrf, AddressFamily af) {
