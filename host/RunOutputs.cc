@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 
@@ -36,6 +37,10 @@ const std::vector<Output>& outputs() {
   return table;
 }
 
+std::string cannotWrite(const Output& output, const std::string& name) {
+  return fmt::format("cannot write the {} to {}", output.title, name);
+}
+
 }  // namespace
 
 std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputFiles& files) {
@@ -45,12 +50,13 @@ std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputF
     if (name.empty()) continue;
     std::ofstream out(name, std::ios::trunc);
     if (out) output.write(driver, out);
-    if (!out) problems.push_back(fmt::format("cannot write the {} to {}", output.title, name));
+    if (!out) problems.push_back(cannotWrite(output, name));
   }
   return problems;
 }
 
-std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files) {
+std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files,
+                                const std::vector<std::string>& problems) {
   const nlohmann::json dump = driver.dump();
   std::string text =
       fmt::format("modules {}, ports {}, links {}, traffic classes {}, errors {}\n",
@@ -65,7 +71,10 @@ std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files
                       commandsByKind(commands));
   for (const Output& output : outputs()) {
     const std::string& name = files.*output.file;
-    if (!name.empty()) text += fmt::format("{}: {}\n", output.title, name);
+    if (name.empty()) continue;
+    const bool failed =
+        std::find(problems.begin(), problems.end(), cannotWrite(output, name)) != problems.end();
+    text += fmt::format("{}: {}{}\n", output.title, name, failed ? " (not written)" : "");
   }
   return text;
 }

@@ -69,6 +69,14 @@ TEST_F(HostCliTest, RunWritesTheOutputsAndSummarisesTheDataPlane) {
   std::filesystem::remove_all(dir);
 }
 
+TEST_F(HostCliTest, AnOutputThatCannotBeWrittenIsNamedSoInTheSummary) {
+  const std::string nowhere = "/nonexistent-dir/dump.json";
+  EXPECT_EQ(cli({"run", data("routes.yaml"), "--dump", nowhere}), 2);
+  EXPECT_NE(err.str().find("cannot write the dump to " + nowhere), std::string::npos);
+  EXPECT_NE(out.str().find("dump: " + nowhere + " (not written)\n"), std::string::npos)
+      << out.str();
+}
+
 TEST_F(HostCliTest, RunReportsEveryMistakeOfABadFileAndRunsNothing) {
   bool made = false;
   services.driverFactory = [&made] {
