@@ -63,6 +63,18 @@ std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files
                   DumpLayout::count(dump, "modules"), DumpLayout::count(dump, "ports"),
                   DumpLayout::links(dump).size(), DumpLayout::count(dump, "trafficClasses"),
                   DumpLayout::count(dump, "errors"));
+  // What each FIB module holds: the end of the road of the routes.
+  std::string routes;
+  std::size_t routeTotal = 0;
+  if (dump.contains("modules") && dump["modules"].is_object()) {
+    for (const auto& [name, module] : dump["modules"].items()) {
+      if (!module.contains("table") || !module["table"].contains("routes")) continue;
+      const std::size_t count = DumpLayout::routeCount(module);
+      routeTotal += count;
+      routes += fmt::format("{}{} {}", routes.empty() ? "" : ", ", name, count);
+    }
+  }
+  if (!routes.empty()) text += fmt::format("routes {}: {}\n", routeTotal, routes);
   if (auto resumed = DumpLayout::workersResumed(dump)) {
     text += *resumed ? "daemon workers resumed\n" : "daemon workers paused\n";
   }

@@ -52,6 +52,7 @@ TEST_F(HostCliTest, RunWritesTheOutputsAndSummarisesTheDataPlane) {
       << err.str();
   EXPECT_NE(out.str().find("8 steps, 4 expectations passed"), std::string::npos) << out.str();
   EXPECT_NE(out.str().find("modules 2, ports 0, links 1, traffic classes 0, errors 0\n"
+                           "routes 0: MfibIpv4red 0\n"
                            "commands 5: connect 1, createModule 2, moduleCmd 2\n"),
             std::string::npos)
       << out.str();
