@@ -211,6 +211,8 @@ void MfaAgent::createKniSm(const L3::VrfName& vrf) {
       Lumo::String(Interface::DeviceVrfIntfStatusDir::kernelIntfs));
   auto root = Lumo::ptrCast<KernelNetInfo::Root const>(sharedMem->getEntity(path));
   intfStatusManagerRoot()->intfStatusManagerIs(ns, deviceDir, root);
+  // The fabric device and the forwarding device state follow the default namespace here
+  // once they are built.
   if (oru_ && vrf.isDefault()) defaultVrfKniRoot_.is(*this, root);
 }
 
