@@ -32,7 +32,7 @@ void NestedSm_MfibVrfAdapter::handleVashMount(MfibAppType app) {
   if (adapter->mfibVashHas(app)) {
     VEK_TRACE(info, "Updating Mfib Sm vash dir for vrf {} ({} table)", adapter->vrfName(), app);
   } else {
-    VEK_TRACE(info, "Mfib Sm vash dir for vrf {} lost its {} table", adapter->vrfName(), app);
+    VEK_TRACE(info, "Removing Mfib Sm vash dir for vrf {} ({} table)", adapter->vrfName(), app);
   }
   sm->mfibVrfAdapterIs(Lumo::Ptr<MfibVrfAdapter const>(adapter));
 }

@@ -368,6 +368,9 @@ class MfaAgent : public Qel::StateMachine {
   void attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight);
   void attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set);
   void attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port);
+  // The classes of a VRF's tasks stay in the daemon after its stop, and a new start makes
+  // the same names again; there is nothing to remove.
+  void removeMfibCleanupTc(const std::string& tcName) { (void)tcName; }
   void createKniSm(const L3::VrfName& vrf);
   void deleteKniSm(const L3::VrfName& vrf);
   // Lets the daemon's workers run; the full agent only.

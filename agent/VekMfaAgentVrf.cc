@@ -182,11 +182,15 @@ void MfaAgent::mfibModuleDel(const L3::VrfName& vrf, AddressFamily af) {
 void MfaAgent::handleMfibModule(const L3::VrfName& vrf, AddressFamily af) {
   const auto appRootSm = mcastIntfRoot(af)->vrfSm(vrf);
   if (const Lumo::Ptr<MfibAf> module = mfibModule(vrf, af)) {
-    if (!appRootSm) return;
-    for (const auto& member : appRootSm->multicastIntfs()) {
-      VEK_TRACE(info, "add intf to mfibModule: {}", member.key.shortName());
-      module->addMulticastIntfs(member.key);
+    if (appRootSm) {
+      for (const auto& member : appRootSm->multicastIntfs()) {
+        VEK_TRACE(info, "add intf to mfibModule: {}", member.key.shortName());
+        module->addMulticastIntfs(member.key);
+      }
     }
+    // The VXLAN pipeline connects the module here once it is built: for the default VRF
+    // to the L2 encapsulation and decapsulation and the VLAN modules, for every VRF to the
+    // L3 VXLAN modules, as far as they stand.
     return;
   }
   VEK_TRACE(info, "Cleaning up interface modules for vrf: {}", vrf);
@@ -207,6 +211,8 @@ void MfaAgent::createKniSm(const L3::VrfName& vrf) {
       Lumo::String(Interface::DeviceVrfIntfStatusDir::kernelIntfs));
   auto root = Lumo::ptrCast<KernelNetInfo::Root const>(sharedMem->getEntity(path));
   intfStatusManagerRoot()->intfStatusManagerIs(ns, deviceDir, root);
+  // The fabric device and the forwarding device state follow the default namespace here
+  // once they are built.
   if (oru_ && vrf.isDefault()) defaultVrfKniRoot_.is(*this, root);
 }
 
@@ -240,21 +246,21 @@ void MfaAgent::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
     auto set = mcastModuleManager()->createMcastAnyRxSet(vrf, id, cmdConfigGroup());
     mcastAnyRxSetIs(set);
     mcastIntfModuleSm()->updateIfIndexAll(vrf);
-    // The egress side of VXLAN and MPLS connects the demultiplexer here, once they are built.
+    // While neither the L2 nor the L3 egress has connected the demultiplexer, the VXLAN
+    // egress connects it here, once that pipeline is built.
     attachMcastAnyRxSetTasks(set);
   }
 
   mcastIntfRoot(af)->vrfSmIs(vrf, af, multicastIntfsAppDir(af));
   kernelMfibStatusColl(af)->vrfStatusIs(vrf);
 
-  if (oru_) {
-    Lumo::Ptr<PimRegRx> port = pimRegRxVrf(vrf, af);
-    if (!port) {
-      VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
-                vrf);
-      port = mcastModuleManager()->createPimRegRx(af, vrf, cmdConfigGroup());
-      pimRegRxVrfIs(vrf, af, port);
-    }
+  // The port's task is attached with the port: attaching it again at a repeated start
+  // would file the one task under a second worker's class.
+  if (oru_ && !pimRegRxVrf(vrf, af)) {
+    VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
+              vrf);
+    const Lumo::Ptr<PimRegRx> port = mcastModuleManager()->createPimRegRx(af, vrf, cmdConfigGroup());
+    pimRegRxVrfIs(vrf, af, port);
     attachPimRegRxTasks(port);
   }
 
@@ -267,7 +273,9 @@ void MfaAgent::doCreateMfibModule(const L3::VrfName& vrf, AddressFamily af,
   const Lumo::Ptr<MfibAf> module = mcastModuleManager()->createMfibModule(af, vrf, id, oru_);
   addMfibModuleCounters(module, vekcsd());
   mfibModuleIs(module);
-  // The MPLS side catches up on the VRF's provider interface here once it is built.
+  // The MPLS side catches up on the VRF's ids and provider interfaces here once it is
+  // built (handleVrfIdToName, handleMvpnIntfStatus, when MPLS is initialized and a toggle
+  // of it is on).
   if (bridgingConfig()) module->setBridgeMacAddr(bridgingConfig()->bridgeMacAddr());
   if (oru_) {
     module->regMfibTasks(vrf);
@@ -277,6 +285,8 @@ void MfaAgent::doCreateMfibModule(const L3::VrfName& vrf, AddressFamily af,
     module->regMfibTasksForAllWorkers(vrf, workers);
     module->regCleanupTaskForAllWorkers(vrf, workers);
   }
+  // The SBD VLAN of the VRF reaches the module here once the VXLAN interface state is
+  // followed.
 }
 
 void MfaAgent::doCreateMfibSm(const L3::VrfName& vrf, AddressFamily af) {

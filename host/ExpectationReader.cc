@@ -46,7 +46,16 @@ RouteExpectation ExpectationReader::route(const YAML::Node& map) const {
   expectation.absent = optionalBoolean(map, "absent", false);
   if (YamlReader::has(map, "iif")) expectation.iif = values_.intf(map["iif"], "iif");
   if (YamlReader::has(map, "oifs")) expectation.oifs = values_.intfList(map["oifs"], "oifs");
-  if (YamlReader::has(map, "flags")) expectation.flags = values_.flags(map["flags"]);
+  if (YamlReader::has(map, "flags")) {
+    expectation.flags = values_.flags(map["flags"]);
+    // The agent takes a route in switching state out of the data plane, and the FIB module
+    // has no such flag: an expectation of it could never hold.
+    if (expectation.flags->switching) {
+      YamlReader::fail(map["flags"],
+                       "switching is a flag of the route table only; the data plane never holds it "
+                       "(a switching route is expected absent)");
+    }
+  }
   if (expectation.absent && (expectation.iif || expectation.oifs || expectation.flags)) {
     YamlReader::fail(map, "a route expected absent has no iif, oifs or flags");
   }

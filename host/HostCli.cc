@@ -76,7 +76,7 @@ int HostCli::run(const std::string& file, const OutputFiles& files) {
   for (const std::string& problem : problems) err_ << "mfa-host: " << problem << '\n';
   out_ << fmt::format("{}: {} steps, {} expectations passed\n", file, result.stepsRun,
                       result.expectationsPassed)
-       << RunOutputs::summary(*driver, files);
+       << RunOutputs::summary(*driver, files, problems);
   if (result.status == RunResult::Status::passed && !problems.empty()) return kBadInput;
   return result.exitCode();
 }

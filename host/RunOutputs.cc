@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 
@@ -36,6 +37,10 @@ const std::vector<Output>& outputs() {
   return table;
 }
 
+std::string cannotWrite(const Output& output, const std::string& name) {
+  return fmt::format("cannot write the {} to {}", output.title, name);
+}
+
 }  // namespace
 
 std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputFiles& files) {
@@ -45,18 +50,31 @@ std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputF
     if (name.empty()) continue;
     std::ofstream out(name, std::ios::trunc);
     if (out) output.write(driver, out);
-    if (!out) problems.push_back(fmt::format("cannot write the {} to {}", output.title, name));
+    if (!out) problems.push_back(cannotWrite(output, name));
   }
   return problems;
 }
 
-std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files) {
+std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files,
+                                const std::vector<std::string>& problems) {
   const nlohmann::json dump = driver.dump();
   std::string text =
       fmt::format("modules {}, ports {}, links {}, traffic classes {}, errors {}\n",
                   DumpLayout::count(dump, "modules"), DumpLayout::count(dump, "ports"),
                   DumpLayout::links(dump).size(), DumpLayout::count(dump, "trafficClasses"),
                   DumpLayout::count(dump, "errors"));
+  // What each FIB module holds: the end of the road of the routes.
+  std::string routes;
+  std::size_t routeTotal = 0;
+  if (dump.contains("modules") && dump["modules"].is_object()) {
+    for (const auto& [name, module] : dump["modules"].items()) {
+      if (!module.contains("table") || !module["table"].contains("routes")) continue;
+      const std::size_t count = DumpLayout::routeCount(module);
+      routeTotal += count;
+      routes += fmt::format("{}{} {}", routes.empty() ? "" : ", ", name, count);
+    }
+  }
+  if (!routes.empty()) text += fmt::format("routes {}: {}\n", routeTotal, routes);
   if (auto resumed = DumpLayout::workersResumed(dump)) {
     text += *resumed ? "daemon workers resumed\n" : "daemon workers paused\n";
   }
@@ -65,7 +83,10 @@ std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files
                       commandsByKind(commands));
   for (const Output& output : outputs()) {
     const std::string& name = files.*output.file;
-    if (!name.empty()) text += fmt::format("{}: {}\n", output.title, name);
+    if (name.empty()) continue;
+    const bool failed =
+        std::find(problems.begin(), problems.end(), cannotWrite(output, name)) != problems.end();
+    text += fmt::format("{}: {}{}\n", output.title, name, failed ? " (not written)" : "");
   }
   return text;
 }

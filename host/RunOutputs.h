@@ -20,8 +20,10 @@ class RunOutputs {
  public:
   // Writes each file asked for; returns one message per file that could not be written.
   static std::vector<std::string> write(ScenarioDriver& driver, const OutputFiles& files);
-  // A few lines: modules, ports, links, commands by kind, and where each output went.
-  static std::string summary(ScenarioDriver& driver, const OutputFiles& files);
+  // A few lines: modules, ports, links, commands by kind, and where each output went; an
+  // output among `problems` (as write gave them) is marked as not written.
+  static std::string summary(ScenarioDriver& driver, const OutputFiles& files,
+                             const std::vector<std::string>& problems);
 };
 
 }  // namespace VekHost

@@ -136,8 +136,10 @@ void McastVrfContainer::connectMcastAnyRxSet() {
     const Lumo::Ptr<McastAnyRx>& rx = member.value;
     rx->rxModule()->connectModule(rx->metaDataModule());
     for (const auto& mfib : mfibModules()) connectMcastAnyRxMfib(rx, mfib.value);
-    // Every receive type feeds IGMPv2 alike.
-    if (const Lumo::Ptr<IgmpV2>& igmp = igmpV2()) connectMcastAnyRxIgmpV2(rx, igmp);
+    // Every receive type feeds IGMPv2 alike, once IGMPv2 serves the VRF: a VRF started for
+    // IPv6 alone has no IGMP, and the IPv4 start connects the set when it comes.
+    const Lumo::Ptr<IgmpV2>& igmp = igmpV2();
+    if (igmp && igmp->vrfHas(vrfName_)) connectMcastAnyRxIgmpV2(rx, igmp);
   }
 }
 

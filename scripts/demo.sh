@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the demo scenario through mfa-host.
+# Installs what is missing, builds, and runs the demo scenario through mfa-host. The build
+# tree is build/ unless DEMO_BUILD names another; the outputs go to <build>/demo unless
+# DEMO_OUT says otherwise.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 "$top/scripts/setup-deps.sh"
-"$top/scripts/build.sh" build
-out=${DEMO_OUT:-$top/build/demo}
+build=${DEMO_BUILD:-build}
+mkdir -p "$build"
+"$top/scripts/build.sh" "$build"
+out=${DEMO_OUT:-$build/demo}
 mkdir -p "$out"
-if [ -x build/host/mfa-host ]; then
-  build/host/mfa-host run examples/demo.yaml --log "$out/commands.jsonl" --dump "$out/dump.json" \
-    --dot "$out/graph.dot" --trace "$out/trace.log"
-else
-  build/runtime_demo
-fi
+"$build/host/mfa-host" run examples/demo.yaml --log "$out/commands.jsonl" --dump "$out/dump.json" \
+  --dot "$out/graph.dot" --trace "$out/trace.log"

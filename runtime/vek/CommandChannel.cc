@@ -10,10 +10,10 @@ CommandChannel::CommandChannel() = default;
 CommandChannel::~CommandChannel() = default;
 
 void CommandChannel::recordIs(ChannelRecord record) {
-  if (!awaiting_.empty()) {
-    if (auto* cmd = std::get_if<ModuleCmdRecord>(&record))
-      createAwaitingModule(cmd->cmd->moduleName());
-  }
+  // Modules made before this record reach the daemon before it: the daemon sees the
+  // graph in the order the agent built it (a module made before the resume of the workers
+  // stands before they run).
+  if (!std::holds_alternative<CreateModuleRecord>(record)) createAllAwaitingModules();
   records_.push_back(std::move(record));
 }
 
@@ -38,12 +38,6 @@ void CommandChannel::moduleAwaitingCreationIs(Module* module) { awaiting_.push_b
 
 void CommandChannel::moduleAwaitingCreationDel(Module* module) {
   awaiting_.erase(std::remove(awaiting_.begin(), awaiting_.end(), module), awaiting_.end());
-}
-
-void CommandChannel::createAwaitingModule(const Lumo::String& name) {
-  auto it = std::find_if(awaiting_.begin(), awaiting_.end(),
-                         [&name](const Module* m) { return m->name() == name; });
-  if (it != awaiting_.end()) (*it)->createInDaemon();
 }
 
 void CommandChannel::createAllAwaitingModules() {

@@ -48,7 +48,6 @@ class CommandChannel : public Lumo::Node, private ChannelReplySink {
   std::size_t modulesAwaitingCreation() const noexcept { return awaiting_.size(); }
 
  private:
-  void createAwaitingModule(const Lumo::String& name);
   void createAllAwaitingModules();
 
   void responseArrived(std::unique_ptr<vek::pb::ModuleResponse> response) override;

@@ -109,8 +109,7 @@ void Module::connectViaReservedGates(const Lumo::Ptr<Module>& next, std::uint32_
 }
 
 void Module::link(Module& next, std::uint32_t outGate, std::uint32_t inGate) {
-  createInDaemon();
-  next.createInDaemon();
+  // The link's record creates both modules first, if they wait.
   outLinks_[outGate] = OutLink{&next, inGate};
   next.inLinks_[inGate] = InLink{this, outGate};
   channel()->recordIs(ConnectRecord{{name_, outGate, next.name_, inGate}});

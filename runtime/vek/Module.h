@@ -21,9 +21,10 @@ namespace Vek {
 // The proxy of one data-plane module. It creates the module in the daemon, wires its gates
 // and is the address of its commands; the daemon's module goes with the last reference.
 //
-// The daemon's module is created at the first record that needs it (a link, a command, a
-// counter) or at the channel's next pump, whichever comes first, so that initArgsIs can
-// still change the init message after construction. Gate numbers are decided here, at
+// The daemon's module is created at the next record of the channel (whatever it is for) or
+// at the channel's next pump, whichever comes first, so that initArgsIs can still change the
+// init message right after construction and the daemon still sees modules in the order
+// they were made. Gate numbers are decided here, at
 // once; the daemon applies them.
 class Module : public Lumo::Node {
  public:

@@ -52,6 +52,7 @@ TEST_F(HostCliTest, RunWritesTheOutputsAndSummarisesTheDataPlane) {
       << err.str();
   EXPECT_NE(out.str().find("8 steps, 4 expectations passed"), std::string::npos) << out.str();
   EXPECT_NE(out.str().find("modules 2, ports 0, links 1, traffic classes 0, errors 0\n"
+                           "routes 0: MfibIpv4red 0\n"
                            "commands 5: connect 1, createModule 2, moduleCmd 2\n"),
             std::string::npos)
       << out.str();
@@ -67,6 +68,14 @@ TEST_F(HostCliTest, RunWritesTheOutputsAndSummarisesTheDataPlane) {
   EXPECT_NE(read(dot).find("\"MfibIpv4red\" -> \"TxDemuxer\""), std::string::npos);
   EXPECT_NE(read(trace).find("Create Mfib module MfibIpv4red\n"), std::string::npos);
   std::filesystem::remove_all(dir);
+}
+
+TEST_F(HostCliTest, AnOutputThatCannotBeWrittenIsNamedSoInTheSummary) {
+  const std::string nowhere = "/nonexistent-dir/dump.json";
+  EXPECT_EQ(cli({"run", data("routes.yaml"), "--dump", nowhere}), 2);
+  EXPECT_NE(err.str().find("cannot write the dump to " + nowhere), std::string::npos);
+  EXPECT_NE(out.str().find("dump: " + nowhere + " (not written)\n"), std::string::npos)
+      << out.str();
 }
 
 TEST_F(HostCliTest, RunReportsEveryMistakeOfABadFileAndRunsNothing) {

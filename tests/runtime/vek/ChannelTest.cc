@@ -156,8 +156,9 @@ TEST_F(ChannelTest, CommandsQueuedByAReactorTravelInTheSamePump) {
   pair->config()->ignoreResponseIs(false);
   pair->config()->cmdBatchEnq(command("m", "ask"));
   channel->pump();
+  // A module made before a record reaches the daemon before it.
   EXPECT_THAT(backend.summary(), ElementsAre("createModule m", "moduleCmd m ask",
-                                             "moduleCmd m follow-up", "createModule late"));
+                                             "createModule late", "moduleCmd m follow-up"));
   EXPECT_EQ(channel->pendingRecords(), 0u);
 }
 

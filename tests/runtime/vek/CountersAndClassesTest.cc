@@ -30,12 +30,13 @@ TEST_F(CountersAndClassesTest, CountersAreKnownAtOnceAndFreedIdsAreReused) {
   Vek::freeModuleCounters(igmp, vekcsd);  // nothing left: nothing sent
   EXPECT_EQ(Vek::allocateModulePacketCounter(mfib, vekcsd, "Again", 1), pkt);
   channel->pump();
-  EXPECT_THAT(backend.summary(), ElementsAre("createModule igmp", "allocateCounter Pkt igmp",
-                                             "allocateCounter Proto igmp", "createModule mfib",
+  EXPECT_THAT(backend.summary(), ElementsAre("createModule igmp", "createModule mfib",
+                                             "allocateCounter Pkt igmp",
+                                             "allocateCounter Proto igmp",
                                              "allocateCounter Other mfib", "freeCounters igmp",
                                              "allocateCounter Again mfib"));
-  EXPECT_EQ(backend.delivered[1]["name"], "Pkt");
-  EXPECT_EQ(backend.delivered[1]["id"], pkt.value());
+  EXPECT_EQ(backend.delivered[2]["name"], "Pkt");
+  EXPECT_EQ(backend.delivered[2]["id"], pkt.value());
 }
 
 TEST_F(CountersAndClassesTest, WorkersAreChosenByTheBalanceOfWeights) {
