@@ -132,8 +132,7 @@ void MfaAgent::handleInitialized() {
 
   doGetFamilyInputs(AddressFamily::ipv4);
   doGetFamilyInputs(AddressFamily::ipv6);
-  // The interface VLAN configuration of the full agent joins here with the interface
-  // tracker.
+  // The interface VLAN configuration of the full agent joins here.
   if (!oru_) txDemuxerL3IntfSmIs(vekcsd(), mcastModuleManager());
 
   createKniSm(L3::VrfName::defaultVrf());
