@@ -162,8 +162,6 @@ TEST(AddressFamilyTest, NamesOfTheFamilies) {
   EXPECT_FALSE(Lanx::addressFamilyFromName("IPv4"));
   EXPECT_EQ(fmt::format("{}", AddressFamily::ipv6), "ipv6");
   EXPECT_EQ(Lanx::addressFamilyName(static_cast<AddressFamily>(7)), "unknown");
-  EXPECT_EQ(static_cast<int>(AddressFamily::ipv4), 1);
-  EXPECT_EQ(static_cast<int>(AddressFamily::ipv6), 2);
 }
 
 }  // namespace

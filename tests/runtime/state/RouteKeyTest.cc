@@ -16,7 +16,7 @@ IpGenRouteKey key(const char* source, const char* group) {
   return IpGenRouteKey(IpGenPrefix(source), IpGenPrefix(group));
 }
 
-TEST(IpGenRouteKeyTest, TextAndStarG) {
+TEST(IpGenRouteKeyTest, TextStarGAndKeys) {
   IpGenRouteKey sg = key("10.1.1.1", "239.1.1.1");
   EXPECT_FALSE(sg.isStarG());
   EXPECT_EQ(sg.toString(), "10.1.1.1,239.1.1.1");
@@ -29,9 +29,8 @@ TEST(IpGenRouteKeyTest, TextAndStarG) {
   IpGenRouteKey v6 = key("*", "ff05::1");
   EXPECT_EQ(v6.toString(), "*,ff05::1");
   EXPECT_EQ(v6.family(), Lanx::AddressFamily::ipv6);
-}
 
-TEST(IpGenRouteKeyTest, SourceAndGroupBothCount) {
+  // Source and group both count.
   expectDistinctKeys<IpGenRouteKey>({IpGenRouteKey(), key("10.1.1.1", "239.1.1.1"),
                                      key("239.1.1.1", "10.1.1.1"), key("*", "239.1.1.1"),
                                      key("10.1.1.2", "239.1.1.1"), key("10.1.1.1", "239.1.1.2"),
@@ -54,16 +53,13 @@ TEST(MfibAppTypeTest, NamesAndValues) {
   EXPECT_EQ(Routing::Multicast::Fib::mfibAppTypeName(MfibAppType::none), "none");
 }
 
-TEST(MfibVrfDirRouteKeyTest, NoPositionAndText) {
+TEST(MfibVrfDirRouteKeyTest, NoPositionTextAndKeys) {
   EXPECT_TRUE(MfibVrfDirRouteKey().isNoPosition());
   EXPECT_EQ(MfibVrfDirRouteKey().toString(), "none");
   EXPECT_FALSE(MfibVrfDirRouteKey(MfibAppType::none, key("*", "239.1.1.1")).isNoPosition());
   EXPECT_FALSE(MfibVrfDirRouteKey(MfibAppType::pim, IpGenRouteKey()).isNoPosition());
   EXPECT_EQ(MfibVrfDirRouteKey(MfibAppType::pim, key("10.1.1.1", "239.1.1.1")).toString(),
             "pim:10.1.1.1,239.1.1.1");
-}
-
-TEST(MfibVrfDirRouteKeyTest, ApplicationIsPartOfTheKey) {
   IpGenRouteKey sg = key("10.1.1.1", "239.1.1.1");
   expectDistinctKeys<MfibVrfDirRouteKey>(
       {MfibVrfDirRouteKey(), MfibVrfDirRouteKey(MfibAppType::static_, sg),
