@@ -57,68 +57,12 @@ TEST_F(AgentLifecycleTest, ReducedAgentMountsOnlyTheDefaultNamespaceAndKeepsTheO
   EXPECT_EQ(agent->defaultVrfKniRoot(), nullptr);
 }
 
-TEST_F(AgentLifecycleTest, FullAgentMakesTheDemultiplexerAndResumesTheWorkersThroughItsGroup) {
-  makeAgent(true);
-  const Json data = dump();
-  EXPECT_TRUE(data["workersResumed"].get<bool>());
-  const Json& demux = data["modules"]["TxDemuxer"];
-  EXPECT_EQ(demux["class"], 105);
-  EXPECT_EQ(demux["reservedOut"], 2);
-  ASSERT_NE(global->cmdConfigGroup("mfaAgent"), nullptr);
-  EXPECT_EQ(agent->cmdConfigGroup(), global->cmdConfigGroup("mfaAgent"));
-  std::vector<Json> groupCmds;
-  for (const Json& entry : commandsSince(0)) {
-    if (entry["kind"] == "groupCmd") groupCmds.push_back(entry);
-  }
-  ASSERT_EQ(groupCmds.size(), 1u);
-  EXPECT_EQ(groupCmds[0]["group"], "mfaAgent");
-  EXPECT_EQ(groupCmds[0]["type"], 10);
-}
-
-TEST_F(AgentLifecycleTest, ReducedAgentSendsNothingToADaemonGroup) {
-  makeAgent(false);
-  const Json data = dump();
-  EXPECT_FALSE(data["workersResumed"].get<bool>());
-  EXPECT_EQ(global->cmdConfigGroups(), 0u);
-  EXPECT_EQ(agent->cmdConfigGroup(), nullptr);
-  for (const Json& entry : commandsSince(0)) EXPECT_NE(entry["kind"], "groupCmd") << entry;
-  EXPECT_TRUE(data["modules"].contains("TxDemuxer"));
-}
-
 TEST_F(AgentLifecycleTest, AGroupOfTheSameNameIsTakenOverNotReplaced) {
   auto existing = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
   global->cmdConfigGroupIs(existing);
   makeAgent(true);
   EXPECT_EQ(agent->cmdConfigGroup(), existing);
   EXPECT_TRUE(dump()["workersResumed"].get<bool>());
-}
-
-TEST_F(AgentLifecycleTest, ErrorRecordsWaitUntilTheAgentIsUpAndAreTracedOnceInOrder) {
-  auto queued = std::make_unique<vek::pb::ModuleError>();
-  queued->set_module("MfibIpv4red");
-  queued->set_type(4);
-  queued->set_code(5);
-  queued->set_msg("no room");
-  pair->status()->errorQueueEnq(std::move(queued));
-  const std::uint64_t mark = Trace::mark();
-  makeAgent(true);
-  EXPECT_EQ(pair->status()->errorQueueSize(), 0u);
-  auto traced = [&](std::uint64_t since) {
-    int count = 0;
-    for (const std::string& text : tracesSince(since)) {
-      count += text == "Module MfibIpv4red type : 4: 5 msg: no room";
-    }
-    return count;
-  };
-  EXPECT_EQ(traced(mark), 1);
-
-  // A refusal of the data plane arrives through the queue and its reactor.
-  const std::uint64_t later = Trace::mark();
-  model.failNextForTest("TxDemuxer", "deleteVrfIdToPmsiVlan", 22, "bad vrf");
-  agent->mcastModuleManager()->txDemuxerModule()->deleteVrfIdToPmsiVlan(Vrf::VrfIdMap::VrfId(3));
-  channel->pump();
-  EXPECT_THAT(tracesSince(later), testing::Contains("Module TxDemuxer type : 1: 22 msg: bad vrf"));
-  EXPECT_EQ(traced(later), 0);
 }
 
 TEST_F(AgentLifecycleTest, NotInitializedLeavesErrorsQueuedAndHidesTheFibModules) {

@@ -9,7 +9,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
-using Routing::Multicast::Fib::MfibAppType;
 using Vrf::VrfIdMap::VrfId;
 
 class AgentStartStopTest : public AgentFixture {
@@ -19,27 +18,7 @@ class AgentStartStopTest : public AgentFixture {
     state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
   }
 
-  std::vector<std::string> moduleNames() {
-    std::vector<std::string> names;
-    const Json data = dump();
-    for (const auto& [name, module] : data["modules"].items()) names.push_back(name);
-    return names;
-  }
-  // Runs the agent's tasks and carries what they queue.
-  void settle() {
-    Dov::TaskSchedulerRoot::findOrCreateScheduler()->settle();
-    channel->pump();
-  }
-  void writeRoute(const char* source, const char* group) {
-    const Routing::Multicast::Fib::IpGenRouteKey key{Lanx::IpGenPrefix(source),
-                                                     Lanx::IpGenPrefix(group)};
-    state->routeTable(red, AddressFamily::ipv4, MfibAppType::pim)
-        .routeIs(Vash::Multicast::Fib::Route::withOifs(key, et2, 0, {et3}));
-  }
-
   const L3::VrfName red{"red"};
-  const Lanx::IntfId et2{"Ethernet2"};
-  const Lanx::IntfId et3{"Ethernet3"};
 };
 
 TEST_F(AgentStartStopTest, FullStartBuildsTheVrfPipelineWithItsTasksUnderRateLimits) {
@@ -66,64 +45,6 @@ TEST_F(AgentStartStopTest, FullStartBuildsTheVrfPipelineWithItsTasksUnderRateLim
                                              "Rx_PimRegIpv4_red"));
   EXPECT_FALSE(classes["worker0"]["tasks"].empty());
   EXPECT_FALSE(classes["worker1"]["tasks"].empty());
-}
-
-TEST_F(AgentStartStopTest, ReducedStartMakesFibAndIgmpOnlyWithHardwareIdsAndPerWorkerTasks) {
-  makeAgent(false);
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  const Json data = dump();
-  EXPECT_THAT(moduleNames(), UnorderedElementsAre("IgmpV2", "MfibIpv4red", "TxDemuxer"));
-  EXPECT_EQ(data["modules"]["MfibIpv4red"]["class"], 27);
-  EXPECT_EQ(data["modules"]["MfibIpv4red"]["init"]["vrfId"], 12);
-  EXPECT_THAT(data["ports"], IsEmpty());
-  const Json& tasks = data["modules"]["MfibIpv4red"]["table"]["tasks"];
-  EXPECT_TRUE(tasks.contains("MfibIpv4red_noCache_w1"));
-  EXPECT_TRUE(tasks.contains("MfibIpv4red_cleanup_w0"));
-  EXPECT_NE(agent->txDemuxerL3IntfSm(), nullptr);
-}
-
-TEST_F(AgentStartStopTest, StartingTwiceChangesNothingAndTheFamiliesShareTheReceiveSet) {
-  makeAgent(true);
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  const std::uint64_t seq = commandsSince(0).size();
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  for (const Json& entry : commandsSince(seq)) {
-    EXPECT_NE(entry["kind"], "createModule") << entry;
-    EXPECT_NE(entry["kind"], "createPort") << entry;
-  }
-  const auto* set = agent->mcastAnyRxSet(red).get();
-  agent->startMfibSm(red, AddressFamily::ipv6);
-  EXPECT_EQ(agent->mcastAnyRxSet(red), set);
-  EXPECT_EQ(dump()["modules"]["MfibIpv6red"]["class"], 26);
-
-  agent->stopMfibSm(red, AddressFamily::ipv4);
-  EXPECT_EQ(agent->mcastAnyRxSet(red), set);
-  EXPECT_FALSE(dump()["modules"].contains("MfibIpv4red"));
-  agent->stopMfibSm(red, AddressFamily::ipv6);
-  EXPECT_EQ(agent->mcastAnyRxSet(red), nullptr);
-  EXPECT_THAT(moduleNames(), ElementsAre("TxDemuxer"));
-  EXPECT_THAT(dump()["ports"], IsEmpty());
-}
-
-TEST_F(AgentStartStopTest, RoutesReachTheModuleWhetherTheirTableCameBeforeOrAfterTheStart) {
-  writeRoute("10.1.1.1", "239.1.1.1");
-  makeAgent(true);
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  settle();
-  EXPECT_TRUE(dump()["modules"]["MfibIpv4red"]["table"]["routes"].contains("10.1.1.1,239.1.1.1"));
-
-  // A table of another application, mounted after the start.
-  const Routing::Multicast::Fib::IpGenRouteKey key{Lanx::IpGenPrefix("10.2.2.2"),
-                                                   Lanx::IpGenPrefix("239.2.2.2")};
-  state->routeTable(red, AddressFamily::ipv4, MfibAppType::static_)
-      .routeIs(Vash::Multicast::Fib::Route::withOifs(key, et2, 0, {et3}));
-  settle();
-  EXPECT_TRUE(dump()["modules"]["MfibIpv4red"]["table"]["routes"].contains("10.2.2.2,239.2.2.2"));
-
-  state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::static_);
-  state->routeTableDel(red, AddressFamily::ipv4, MfibAppType::pim);
-  settle();
-  EXPECT_THAT(dump()["modules"]["MfibIpv4red"]["table"]["routes"], IsEmpty());
 }
 
 TEST_F(AgentStartStopTest, KernelLimitsFollowTheConfigOfAStartedVrfOnly) {
