@@ -27,6 +27,10 @@ struct CmdName {
   const Lumo::String regCleanupTaskForAllWorkers{"regCleanupTaskForAllWorkers"};
 };
 
+// Route messages kept for reuse: more than a task run's worth of routes between two
+// deliveries of the channel.
+constexpr std::size_t routeArgsKept = 4096;
+
 const CmdName& cmdName() {
   static const CmdName names;
   return names;
@@ -59,7 +63,10 @@ MfibAf::MfibAf(Lumo::String name, Vek::VekModule::ModuleClass moduleClass,
     : Vek::Module(std::move(name), moduleClass, maxInGate, maxOutGate, reservedInGates,
                   reservedOutGates, initArgs, std::move(configStatusPair)),
       vrfName_(std::move(vrfName)),
-      af_(af) {}
+      af_(af),
+      routeArgPool_(Lumo::makePtr<Vek::MessagePool<vek::pb::MfibRouteArg>>(routeArgsKept)) {}
+
+MfibAf::~MfibAf() = default;
 
 Vek::GateId MfibAf::intfIdToOutGate(Lanx::IntfId intfId) const {
   const Vek::GateId* gate = intfIdToOutGate_.find(intfId);
@@ -86,7 +93,7 @@ void MfibAf::addMroute(const Lanx::IpGenPrefix& source, const Lanx::IpGenPrefix&
                        std::uint64_t iif, std::uint64_t frr, std::uint64_t notify,
                        std::uint64_t toCpu, [[maybe_unused]] std::uint32_t rpaId, bool fastdrop,
                        bool iifRegister, bool oifRegister, const OifSet& oifset) {
-  auto* arg = new vek::pb::MfibRouteArg;
+  auto* arg = routeArgPool_->take();
   setAddress(arg->mutable_source(), source);
   setAddress(arg->mutable_group(), group);
   arg->set_iif(iif);
@@ -109,14 +116,14 @@ void MfibAf::addMroute(const Lanx::IpGenPrefix& source, const Lanx::IpGenPrefix&
     }
     if (testingEnabled_) intfIdToOutGateIdForTestIs(oif, gate);
   }
-  send(cmdName().addMroute, arg);
+  send(cmdName().addMroute, arg, routeArgPool_);
 }
 
 void MfibAf::deleteMroute(const Lanx::IpGenPrefix& source, const Lanx::IpGenPrefix& group) {
-  auto* arg = new vek::pb::MfibRouteArg;
+  auto* arg = routeArgPool_->take();
   setAddress(arg->mutable_source(), source);
   setAddress(arg->mutable_group(), group);
-  send(cmdName().deleteMroute, arg);
+  send(cmdName().deleteMroute, arg, routeArgPool_);
   // The mirror holds the gates of the last route sent only.
   if (testingEnabled_) intfIdToOutGateIdForTestDelAll();
 }
@@ -197,8 +204,10 @@ void MfibAf::regTaskForAllWorkers(const Lumo::String& cmd, const L3::VrfName& vr
   send(cmd, arg);
 }
 
-void MfibAf::send(const Lumo::String& cmd, google::protobuf::Message* message) {
-  configStatusPair()->config()->cmdBatchEnq(Vek::moduleCmdFactory(name(), cmd, message, true));
+void MfibAf::send(const Lumo::String& cmd, google::protobuf::Message* message,
+                  Lumo::Ptr<Vek::MessageRecycler> recycler) {
+  configStatusPair()->config()->cmdBatchEnq(
+      Vek::moduleCmdFactory(name(), cmd, message, true, std::move(recycler)));
 }
 
 void addMfibModuleCounters(const Lumo::Ptr<MfibAf>& module,

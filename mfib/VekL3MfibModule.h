@@ -17,10 +17,15 @@
 #include "runtime/state/VrfName.h"
 #include "runtime/vek/CounterId.h"
 #include "runtime/vek/GateId.h"
+#include "runtime/vek/MessagePool.h"
 #include "runtime/vek/Module.h"
 #include "runtime/vek/ModuleClass.h"
 #include "runtime/vek/ModuleConfigStatusPair.h"
 #include "runtime/vek/VekCommonSmData.h"
+
+namespace vek::pb {
+class MfibRouteArg;
+}
 
 namespace VekL3Mcast {
 
@@ -45,6 +50,7 @@ class MfibAf : public Vek::Module {
          std::uint32_t maxOutGate, google::protobuf::Message* initArgs,
          Lumo::Ptr<Vek::ModuleConfigStatusPair> configStatusPair, L3::VrfName vrfName,
          Lanx::AddressFamily af);
+  ~MfibAf() override;
 
   const L3::VrfName& vrfName() const noexcept { return vrfName_; }
   Lanx::AddressFamily af() const noexcept { return af_; }
@@ -108,7 +114,8 @@ class MfibAf : public Vek::Module {
  private:
   // The gate a route's outgoing interface leaves by; invalid when it has none.
   Vek::GateId oifGate(Lanx::IntfId oif) const;
-  void send(const Lumo::String& cmdName, google::protobuf::Message* message);
+  void send(const Lumo::String& cmdName, google::protobuf::Message* message,
+            Lumo::Ptr<Vek::MessageRecycler> recycler = nullptr);
   void regTask(const Lumo::String& cmdName, const L3::VrfName& vrfName);
   void regTaskForAllWorkers(const Lumo::String& cmdName, const L3::VrfName& vrfName,
                             std::uint32_t widCount);
@@ -120,6 +127,8 @@ class MfibAf : public Vek::Module {
   Vek::GateId txDemuxerGateId_;
   bool testingEnabled_ = false;
   Qel::HashMap2018<Lanx::IntfId, Vek::GateId> intfIdToOutGateIdForTest_;
+  // Route messages come back here from delivered commands and are built again in place.
+  Lumo::Ptr<Vek::MessagePool<vek::pb::MfibRouteArg>> routeArgPool_;
 };
 
 // Allocates the ten packet counters of a new FIB module and sends their ids.

@@ -7,17 +7,26 @@
 #include "runtime/lumo/Node.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/lumo/String.h"
+#include "runtime/vek/MessageRecycler.h"
 
 namespace Vek {
 
-// One command for one module of the daemon, addressed by the module's name.
+// One command for one module of the daemon, addressed by the module's name. A command made
+// with a recycler gives its message back to it when the command goes.
 class ModuleCmdBase : public Lumo::Node {
  public:
   ModuleCmdBase(Lumo::String moduleName, Lumo::String cmdName,
-                std::unique_ptr<google::protobuf::Message> message)
+                std::unique_ptr<google::protobuf::Message> message,
+                Lumo::Ptr<MessageRecycler> recycler = nullptr)
       : moduleName_(std::move(moduleName)),
         cmdName_(std::move(cmdName)),
-        message_(std::move(message)) {}
+        message_(std::move(message)),
+        recycler_(std::move(recycler)) {}
+  ~ModuleCmdBase() override {
+    if (recycler_ && message_) recycler_->recycle(std::move(message_));
+  }
+  ModuleCmdBase(const ModuleCmdBase&) = delete;
+  ModuleCmdBase& operator=(const ModuleCmdBase&) = delete;
 
   const Lumo::String& moduleName() const noexcept { return moduleName_; }
   const Lumo::String& cmdName() const noexcept { return cmdName_; }
@@ -27,15 +36,19 @@ class ModuleCmdBase : public Lumo::Node {
   Lumo::String moduleName_;
   Lumo::String cmdName_;
   std::unique_ptr<google::protobuf::Message> message_;
+  Lumo::Ptr<MessageRecycler> recycler_;
 };
 
 // Makes the command and takes the message. `batched` is true at every call of the multicast
 // logic: its commands are queued and never waited for.
+// A `recycler` takes the message back when the command goes.
 inline Lumo::Ptr<ModuleCmdBase> moduleCmdFactory(Lumo::String moduleName, Lumo::String cmdName,
                                                  google::protobuf::Message* message,
-                                                 [[maybe_unused]] bool batched) {
+                                                 [[maybe_unused]] bool batched,
+                                                 Lumo::Ptr<MessageRecycler> recycler = nullptr) {
   return Lumo::makePtr<ModuleCmdBase>(std::move(moduleName), std::move(cmdName),
-                                      std::unique_ptr<google::protobuf::Message>(message));
+                                      std::unique_ptr<google::protobuf::Message>(message),
+                                      std::move(recycler));
 }
 
 }  // namespace Vek

@@ -153,7 +153,7 @@ TEST(HashMap2018Test, LargeBurstGrowsAndGivesMemoryBack) {
   EXPECT_TRUE(set.empty());
 }
 
-TEST(HashMap2018Test, ADrainFromTheBeginningKeepsTheStorageUntilEmpty) {
+TEST(HashMap2018Test, ADrainFromTheBeginningKeepsTheStorageForTheNextBurst) {
   Qel::HashSet2018<int> set;
   for (int k = 0; k < 10000; ++k) set.insert(k);
   const std::size_t grown = set.capacityForTest();
@@ -166,6 +166,16 @@ TEST(HashMap2018Test, ADrainFromTheBeginningKeepsTheStorageUntilEmpty) {
     ASSERT_EQ(set.capacityForTest(), grown);
   }
   EXPECT_EQ(set.size(), 1000u);
+  set.drainAll();
+  EXPECT_TRUE(set.empty());
+  EXPECT_TRUE(set.begin() == set.end());
+  EXPECT_EQ(set.capacityForTest(), grown);
+  // The next burst lands in the same room and is walked whole, in order.
+  for (int k = 20000; k > 15000; --k) set.insert(k);
+  EXPECT_EQ(set.capacityForTest(), grown);
+  EXPECT_EQ(keysOf(set).size(), 5000u);
+  set.clear();
+  EXPECT_EQ(set.capacityForTest(), 0u);
 }
 
 TEST(HashMap2018Test, VersionMovesOnlyWithStructuralChange) {
