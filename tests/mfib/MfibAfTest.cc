@@ -117,6 +117,31 @@ TEST_F(MfibAfTest, TheTestMirrorHoldsTheGatesOfTheLastRouteOnlyWhileEnabled) {
   EXPECT_FALSE(routes().contains("10.1.1.1,239.1.1.1"));
 }
 
+// Route messages go back to the module once delivered and are built again in place: a
+// reused message must carry nothing of the route it carried before.
+TEST_F(MfibAfTest, AReusedRouteMessageCarriesNothingOfTheRouteBefore) {
+  fib->intfIdToOutGateIs(intf("Ethernet1"), Vek::GateId(7));
+  fib->intfIdToOutGateIs(intf("Ethernet2"), Vek::GateId(8));
+  add(oifs({"Ethernet1", "Ethernet2"}));
+  channel->pump();
+  const Lanx::IpGenPrefix other("10.1.1.2");
+  fib->deleteMroute(other, group);
+  fib->addMroute(other, group, 0, 0, 0, 0, 0, false, false, false, oifs({"Ethernet2"}));
+  channel->pump();
+  const auto& log = channel->commandLog().entries();
+  const Json deleted = log[log.size() - 2]["arg"];
+  EXPECT_FALSE(deleted.contains("gates"));
+  EXPECT_FALSE(deleted.contains("iif"));
+  EXPECT_FALSE(deleted.contains("fastdrop"));
+  EXPECT_THAT(gatesOf("10.1.1.2,239.1.1.1"), ElementsAre("Et2:8"));
+  EXPECT_EQ(routes()["10.1.1.2,239.1.1.1"]["fastdrop"], false);
+
+  // Commands still queued when their module goes are delivered all the same.
+  add(oifs({"Ethernet1"}));
+  fib = makeFib("blue");
+  EXPECT_THAT(commandsSinceLast(), ::testing::Contains("addMroute"));
+}
+
 TEST_F(MfibAfTest, StarGRoutesAndIpv6AddressesTravelAsRawBytes) {
   fib->addMroute(Lanx::IpGenPrefix(), group, 0, 0, 0, 0, 0, false, false, false, OifSet());
   fib->addMroute(Lanx::IpGenPrefix("2001:db8::1"), Lanx::IpGenPrefix("ff0e::1"), 0, 0, 0, 0, 0,
