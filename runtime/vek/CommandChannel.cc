@@ -25,11 +25,19 @@ void CommandChannel::pump() {
     ~Done() { flag = false; }
   } done{pumping_};
   createAllAwaitingModules();
+  // Each record is delivered where it stands: records queued meanwhile go to the back,
+  // which leaves the front in place. It leaves the queue even if its delivery throws.
+  struct PopFront {
+    std::deque<ChannelRecord>& records;
+    ~PopFront() { records.pop_front(); }
+  };
   while (!records_.empty()) {
-    ChannelRecord record = std::move(records_.front());
-    records_.pop_front();
-    log_.write(record);
-    backend_->deliver(record, *this);
+    {
+      PopFront pop{records_};
+      const ChannelRecord& record = records_.front();
+      log_.write(record);
+      backend_->deliver(record, *this);
+    }
     if (records_.empty()) createAllAwaitingModules();
   }
 }

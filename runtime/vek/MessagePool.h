@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 #include "runtime/lumo/Assert.h"
@@ -27,7 +28,7 @@ class MessagePool final : public MessageRecycler {
   }
 
   void recycle(std::unique_ptr<google::protobuf::Message> message) override {
-    QEL_ASSERT(message && message->GetDescriptor() == Message::descriptor(),
+    QEL_ASSERT(message && typeid(*message) == typeid(Message),
                "a message goes back to the pool of its own type");
     if (free_.size() >= keep_) return;
     message->Clear();
