@@ -9,13 +9,16 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::UnorderedElementsAre;
 using Vrf::VrfIdMap::VrfId;
 
+// Tests around one VRF, red, known by its software and hardware ids.
 class AgentVrfTest : public AgentFixture {
  protected:
-  const L3::VrfName red{"red"};
-  const Lanx::IntfId et2{"Ethernet2"};
-  const Lanx::IntfId et3{"Ethernet3"};
+  AgentVrfTest() {
+    state->vrfNameToId().vrfIdIs("red", VrfId(2));
+    state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
+  }
 
   Lumo::Ptr<VekL3Mcast::MfibAf> fibModule(AddressFamily af) {
     return Lumo::makePtr<VekL3Mcast::MfibAf>(
@@ -26,10 +29,15 @@ class AgentVrfTest : public AgentFixture {
   Json multicastIntfs(const char* module) {
     return dump()["modules"][module]["table"]["multicastIntfs"];
   }
+
+  const L3::VrfName red{"red"};
+  const Lanx::IntfId et2{"Ethernet2"};
+  const Lanx::IntfId et3{"Ethernet3"};
 };
 
-TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusBothWaysWithoutTouchingThePipeline) {
-  state->vrfNameToId().vrfIdIs("red", VrfId(2));
+// The software ids follow the name status both ways, without touching the pipeline, and
+// follow a replaced map too: names gone from it lose their ids.
+TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusAndItsReplacement) {
   makeAgent(true);
   EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(2));
   state->vrfNameToId().vrfIdIs("blue", VrfId(3));
@@ -38,24 +46,19 @@ TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusBothWaysWithoutTouchingThePip
   EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(4));
   state->vrfNameToId().vrfIdDel("red");
   EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
-}
 
-TEST_F(AgentVrfTest, AReplacedNameMapIsFollowedAndNamesGoneFromItLoseTheirIds) {
-  state->vrfNameToId().vrfIdIs("red", VrfId(2));
-  makeAgent(true);
   auto wrapper = Lumo::ptrCast<Vrf::VrfIdMap::NameToIdMapWrapper>(
       state->entityManager()->getEntity(Vrf::VrfIdMap::NameToIdMapWrapper::path));
   auto map = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
-  map->vrfIdIs("blue", VrfId(5));
+  map->vrfIdIs("green", VrfId(5));
   wrapper->nameToIdMapIs(map);
-  EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
-  EXPECT_EQ(vrfIds->vrfNameToId("blue"), VrfId(5));
-  map->vrfIdIs("green", VrfId(6));
-  EXPECT_EQ(vrfIds->vrfNameToId("green"), VrfId(6));
+  EXPECT_TRUE(vrfIds->vrfNameToId("blue").isNone());
+  EXPECT_EQ(vrfIds->vrfNameToId("green"), VrfId(5));
+  map->vrfIdIs("pink", VrfId(6));
+  EXPECT_EQ(vrfIds->vrfNameToId("pink"), VrfId(6));
 }
 
 TEST_F(AgentVrfTest, ReducedAgentTakesHardwareIdsAndDropsNamesTheirIdNoLongerNames) {
-  state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
   state->hwVrfIdMap().vrfEntryIs(VrfId(13), {std::string(101, 'x')});
   makeAgent(false);
   EXPECT_EQ(vrfIds->hwVrfNameToId("red"), VrfId(12));
@@ -85,14 +88,6 @@ TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   agent->stopMfibSm(red, AddressFamily::ipv6);
   EXPECT_EQ(mountLog().back(), "unmount kni/ns/ns-red/status");
   EXPECT_FALSE(agent->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
-}
-
-TEST_F(AgentVrfTest, StoppingTheDefaultVrfKeepsItsNamespace) {
-  makeAgent(true);
-  agent->startMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
-  agent->stopMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
-  EXPECT_THAT(mountLog(), Not(Contains("unmount kni/ns/default/status")));
-  EXPECT_NE(agent->defaultVrfKniRoot(), nullptr);
 }
 
 TEST_F(AgentVrfTest, TheFibModuleGetsTheVrfsMulticastInterfacesAsTheyComeAndGo) {
@@ -172,6 +167,56 @@ TEST_F(AgentVrfTest, CallsBeforeTheAgentIsUpAndOfOtherFamiliesChangeNothing) {
   agent->startMfibSm(red, AddressFamily::none);
   EXPECT_THAT(mountLog(), Not(Contains("mount kni/ns/ns-red/status KernelNetInfo::Status")));
   EXPECT_FALSE(startMfibSm(agent.get(), std::string(101, 'x').c_str(), 1));
+}
+
+// Classes, links and rate-limited tasks are checked by the scenarios; here what they do not
+// see: the software id, the four ports and the receive modules under the workers' classes.
+TEST_F(AgentVrfTest, FullStartPutsTheReceiveModulesUnderTheWorkersClasses) {
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  const Json data = dump();
+  EXPECT_EQ(data["modules"]["MfibIpv4red"]["init"]["vrfId"], 2);  // the software id
+  EXPECT_EQ(data["ports"].size(), 4u);  // three any-device paths and the PIM register port
+  const Json& classes = data["trafficClasses"];
+  std::vector<std::string> attached;
+  for (const char* worker : {"worker0", "worker1"}) {
+    EXPECT_FALSE(classes[worker]["tasks"].empty()) << worker;
+    for (const Json& task : classes[worker]["tasks"]) attached.push_back(task.get<std::string>());
+  }
+  EXPECT_THAT(attached,
+              UnorderedElementsAre("Rx_McastHwFwd_red", "Rx_McastSwFwd_red",
+                                   "Rx_McastSwFwd_PeerLinkOrCore_red", "Rx_PimRegIpv4_red"));
+}
+
+TEST_F(AgentVrfTest, KernelLimitsFollowTheConfigOfAStartedVrfOnly) {
+  auto config = state->kernelMfibConfig(AddressFamily::ipv4).configIs(red);
+  config->maxUnresolvedCacheEntriesIs(100);
+  makeAgent(true);
+  const std::uint64_t mark = Trace::mark();
+  state->kernelMfibConfig(AddressFamily::ipv4).configIs(L3::VrfName("blue"));
+  EXPECT_TRUE(Trace::contains("No mfib SM, nothing to do", mark));
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  EXPECT_EQ(dump()["modules"]["MfibIpv4red"]["table"]["maxUnresolvedCacheEntries"], 100);
+  config->maxUnresolvedCacheEntriesIs(200);
+  EXPECT_EQ(dump()["modules"]["MfibIpv4red"]["table"]["maxUnresolvedCacheEntries"], 200);
+  state->kernelMfibConfig(AddressFamily::ipv4).configDel(red);
+  EXPECT_EQ(agent->mfibSm(red, AddressFamily::ipv4)->kernelMfibConfig(), nullptr);
+}
+
+TEST_F(AgentVrfTest, GoingDownStopsEveryVrfAndFamilyOnceAndTakesEverythingAway) {
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  agent->startMfibSm(red, AddressFamily::ipv6);
+  agent->startMfibSm(L3::VrfName("blue"), AddressFamily::ipv4);
+  const std::uint64_t mark = Trace::mark();
+  agent = nullptr;
+  int stops = 0;
+  for (const std::string& text : tracesSince(mark)) stops += text.starts_with("stopMfibSm");
+  EXPECT_EQ(stops, 3);
+  const Json data = dump();
+  EXPECT_THAT(data["modules"], IsEmpty());
+  EXPECT_THAT(data["ports"], IsEmpty());
+  EXPECT_EQ(mountLog().back(), "unmount kni/ns/default/status");
 }
 
 }  // namespace

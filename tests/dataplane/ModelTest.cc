@@ -12,9 +12,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const std::string v4Source("\x0a\x01\x01\x01", 4);
-const std::string v4Group("\xef\x01\x01\x01", 4);
-
 class ModelTest : public ModelFixture {};
 
 TEST_F(ModelTest, CommandsItCannotApplyAreRefusedWithAnErrorRecord) {

@@ -58,9 +58,7 @@ TEST(IntfIdTest, EveryNameFormRoundTripsThroughItsId) {
     ids.push_back(id);
   }
   expectDistinctKeys(ids);
-}
-
-TEST(IntfIdTest, KindWordsAreReadInAnyCase) {
+  // The kind words are read in any case and written as above.
   EXPECT_EQ(IntfId("ethernet1/2"), IntfId("Ethernet1/2"));
   EXPECT_EQ(IntfId("PO5"), IntfId("Port-Channel5"));
   EXPECT_EQ(IntfId("port-channel5").name(), "Port-Channel5");
