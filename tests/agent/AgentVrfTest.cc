@@ -6,7 +6,6 @@ namespace AgentTest {
 namespace {
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
@@ -20,19 +19,8 @@ class AgentVrfTest : public AgentFixture {
     state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
   }
 
-  Lumo::Ptr<VekL3Mcast::MfibAf> fibModule(AddressFamily af) {
-    return Lumo::makePtr<VekL3Mcast::MfibAf>(
-        af == AddressFamily::ipv4 ? "MfibIpv4red" : "MfibIpv6red", Vek::VekModule::mfib, 8192,
-        8192, nullptr, pair, red, af);
-  }
-  // The interfaces the FIB module holds in the data plane.
-  Json multicastIntfs(const char* module) {
-    return dump()["modules"][module]["table"]["multicastIntfs"];
-  }
-
   const L3::VrfName red{"red"};
   const Lanx::IntfId et2{"Ethernet2"};
-  const Lanx::IntfId et3{"Ethernet3"};
 };
 
 // The software ids follow the name status both ways, without touching the pipeline, and
@@ -90,20 +78,6 @@ TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   EXPECT_FALSE(agent->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
 }
 
-TEST_F(AgentVrfTest, TheFibModuleGetsTheVrfsMulticastInterfacesAsTheyComeAndGo) {
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
-  makeAgent(true);
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et2.value())));
-
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et3);
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfDel(et2);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
-  // The other family's interfaces stay out of this module.
-  state->multicastIntfs(AddressFamily::ipv6).vrfIs(red)->multicastIntfIs(et2);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
-}
-
 TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
   makeAgent(true);
@@ -114,16 +88,6 @@ TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   EXPECT_FALSE(agent->appRootSmHas(red, AddressFamily::ipv4));
   EXPECT_FALSE(state->kernelMfibStatus(AddressFamily::ipv4).vrfStatusHas(red));
   EXPECT_EQ(agent->getMfibModule(red, AddressFamily::ipv4), nullptr);
-}
-
-TEST_F(AgentVrfTest, TheBridgeMacReachesEveryFibModule) {
-  makeAgent(true);
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv6));
-  state->bridgingConfig().bridgeMacAddrIs(Lanx::EthAddr("00:1c:73:aa:bb:cc"));
-  const Json modules = dump()["modules"];
-  EXPECT_EQ(modules["MfibIpv4red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
-  EXPECT_EQ(modules["MfibIpv6red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
 }
 
 TEST_F(AgentVrfTest, RouteTablesReachTheAdapterOfTheirVrfOnceMountedAndLeaveWhenUnlisted) {
@@ -186,21 +150,6 @@ TEST_F(AgentVrfTest, FullStartPutsTheReceiveModulesUnderTheWorkersClasses) {
   EXPECT_THAT(attached,
               UnorderedElementsAre("Rx_McastHwFwd_red", "Rx_McastSwFwd_red",
                                    "Rx_McastSwFwd_PeerLinkOrCore_red", "Rx_PimRegIpv4_red"));
-}
-
-TEST_F(AgentVrfTest, KernelLimitsFollowTheConfigOfAStartedVrfOnly) {
-  auto config = state->kernelMfibConfig(AddressFamily::ipv4).configIs(red);
-  config->maxUnresolvedCacheEntriesIs(100);
-  makeAgent(true);
-  const std::uint64_t mark = Trace::mark();
-  state->kernelMfibConfig(AddressFamily::ipv4).configIs(L3::VrfName("blue"));
-  EXPECT_TRUE(Trace::contains("No mfib SM, nothing to do", mark));
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  EXPECT_EQ(dump()["modules"]["MfibIpv4red"]["table"]["maxUnresolvedCacheEntries"], 100);
-  config->maxUnresolvedCacheEntriesIs(200);
-  EXPECT_EQ(dump()["modules"]["MfibIpv4red"]["table"]["maxUnresolvedCacheEntries"], 200);
-  state->kernelMfibConfig(AddressFamily::ipv4).configDel(red);
-  EXPECT_EQ(agent->mfibSm(red, AddressFamily::ipv4)->kernelMfibConfig(), nullptr);
 }
 
 TEST_F(AgentVrfTest, GoingDownStopsEveryVrfAndFamilyOnceAndTakesEverythingAway) {
