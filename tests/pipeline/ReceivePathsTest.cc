@@ -6,7 +6,6 @@
 
 #include "pipeline/FabricTx.h"
 #include "pipeline/McastAnyRx.h"
-#include "pipeline/McastAnyRxSet.h"
 #include "pipeline/McastIntf.h"
 #include "pipeline/McastL2VxlanRx.h"
 #include "pipeline/McastL2VxlanTx.h"
@@ -241,22 +240,6 @@ TEST_F(ReceivePathsTest, CreatingWhatExistsSendsNothingWhateverTheArguments) {
   intf->createTxModule("et9", pair);
   EXPECT_EQ(logSeq(), before);
   EXPECT_EQ(intf->rxModule()->name(), "Rx_et1");
-}
-
-TEST_F(ReceivePathsTest, IfIndexMappingsReachEveryMetadataModuleOfTheVrf) {
-  auto set = Lumo::makePtr<McastAnyRxSet>(red);
-  const std::uint64_t before = logSeq();
-  set->setIfIndexIntfId(7, 0x100);
-  EXPECT_EQ(logSeq(), before);  // an empty set sends nothing
-
-  for (McastRxType rxType : allMcastRxTypes) {
-    set->mcastAnyRxIs(red, rxType, rxBuf)->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
-  }
-  set->setIfIndexIntfId(7, 0x100);
-  for (const char* name : {"Mdata_McastHwFwd_red", "Mdata_McastSwFwd_red",
-                           "Mdata_McastSwFwd_PeerLinkOrCore_red"}) {
-    EXPECT_EQ(table(name)["ifIndexToIntfId"], Json::parse(R"({"7": "256"})")) << name;
-  }
 }
 
 TEST_F(ReceivePathsTest, VlanMetadataCountersAreAllocatedInOrderAndSent) {
