@@ -258,12 +258,15 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events) {
   PluginDriver driver;
   driver.configure(settings);
   driver.applyState(c.initial, StateOp::set);
-  if (!events) driver.applyState(c.finalState, StateOp::set);
-  driver.createAgent();
   if (!events) {
+    driver.applyState(c.finalState, StateOp::set);
+    driver.createAgent();
     for (const VrfAf& vrfAf : c.started) driver.start(vrfAf);
+  } else {
+    driver.createAgent();
   }
-  for (const Event& event : events ? *events : std::vector<Event>{}) {
+  static const std::vector<Event> none;
+  for (const Event& event : events ? *events : none) {
     switch (event.kind) {
       case Event::Kind::set: driver.applyState(event.change, StateOp::set); break;
       case Event::Kind::remove: driver.applyState(event.change, StateOp::remove); break;
