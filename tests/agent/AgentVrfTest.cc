@@ -6,30 +6,26 @@ namespace AgentTest {
 namespace {
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::UnorderedElementsAre;
 using Vrf::VrfIdMap::VrfId;
 
+// Tests around one VRF, red, known by its software and hardware ids.
 class AgentVrfTest : public AgentFixture {
  protected:
+  AgentVrfTest() {
+    state->vrfNameToId().vrfIdIs("red", VrfId(2));
+    state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
+  }
+
   const L3::VrfName red{"red"};
   const Lanx::IntfId et2{"Ethernet2"};
-  const Lanx::IntfId et3{"Ethernet3"};
-
-  Lumo::Ptr<VekL3Mcast::MfibAf> fibModule(AddressFamily af) {
-    return Lumo::makePtr<VekL3Mcast::MfibAf>(
-        af == AddressFamily::ipv4 ? "MfibIpv4red" : "MfibIpv6red", Vek::VekModule::mfib, 8192,
-        8192, nullptr, pair, red, af);
-  }
-  // The interfaces the FIB module holds in the data plane.
-  Json multicastIntfs(const char* module) {
-    return dump()["modules"][module]["table"]["multicastIntfs"];
-  }
 };
 
-TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusBothWaysWithoutTouchingThePipeline) {
-  state->vrfNameToId().vrfIdIs("red", VrfId(2));
+// The software ids follow the name status both ways, without touching the pipeline, and
+// follow a replaced map too: names gone from it lose their ids.
+TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusAndItsReplacement) {
   makeAgent(true);
   EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(2));
   state->vrfNameToId().vrfIdIs("blue", VrfId(3));
@@ -38,24 +34,19 @@ TEST_F(AgentVrfTest, SoftwareIdsFollowTheNameStatusBothWaysWithoutTouchingThePip
   EXPECT_EQ(vrfIds->vrfNameToId("red"), VrfId(4));
   state->vrfNameToId().vrfIdDel("red");
   EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
-}
 
-TEST_F(AgentVrfTest, AReplacedNameMapIsFollowedAndNamesGoneFromItLoseTheirIds) {
-  state->vrfNameToId().vrfIdIs("red", VrfId(2));
-  makeAgent(true);
   auto wrapper = Lumo::ptrCast<Vrf::VrfIdMap::NameToIdMapWrapper>(
       state->entityManager()->getEntity(Vrf::VrfIdMap::NameToIdMapWrapper::path));
   auto map = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
-  map->vrfIdIs("blue", VrfId(5));
+  map->vrfIdIs("green", VrfId(5));
   wrapper->nameToIdMapIs(map);
-  EXPECT_TRUE(vrfIds->vrfNameToId("red").isNone());
-  EXPECT_EQ(vrfIds->vrfNameToId("blue"), VrfId(5));
-  map->vrfIdIs("green", VrfId(6));
-  EXPECT_EQ(vrfIds->vrfNameToId("green"), VrfId(6));
+  EXPECT_TRUE(vrfIds->vrfNameToId("blue").isNone());
+  EXPECT_EQ(vrfIds->vrfNameToId("green"), VrfId(5));
+  map->vrfIdIs("pink", VrfId(6));
+  EXPECT_EQ(vrfIds->vrfNameToId("pink"), VrfId(6));
 }
 
 TEST_F(AgentVrfTest, ReducedAgentTakesHardwareIdsAndDropsNamesTheirIdNoLongerNames) {
-  state->hwVrfIdMap().vrfEntryIs(VrfId(12), {"red"});
   state->hwVrfIdMap().vrfEntryIs(VrfId(13), {std::string(101, 'x')});
   makeAgent(false);
   EXPECT_EQ(vrfIds->hwVrfNameToId("red"), VrfId(12));
@@ -87,28 +78,6 @@ TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   EXPECT_FALSE(agent->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
 }
 
-TEST_F(AgentVrfTest, StoppingTheDefaultVrfKeepsItsNamespace) {
-  makeAgent(true);
-  agent->startMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
-  agent->stopMfibSm(L3::VrfName::defaultVrf(), AddressFamily::ipv4);
-  EXPECT_THAT(mountLog(), Not(Contains("unmount kni/ns/default/status")));
-  EXPECT_NE(agent->defaultVrfKniRoot(), nullptr);
-}
-
-TEST_F(AgentVrfTest, TheFibModuleGetsTheVrfsMulticastInterfacesAsTheyComeAndGo) {
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
-  makeAgent(true);
-  agent->startMfibSm(red, AddressFamily::ipv4);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et2.value())));
-
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et3);
-  state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfDel(et2);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
-  // The other family's interfaces stay out of this module.
-  state->multicastIntfs(AddressFamily::ipv6).vrfIs(red)->multicastIntfIs(et2);
-  EXPECT_THAT(multicastIntfs("MfibIpv4red"), ElementsAre(std::to_string(et3.value())));
-}
-
 TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
   makeAgent(true);
@@ -119,16 +88,6 @@ TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   EXPECT_FALSE(agent->appRootSmHas(red, AddressFamily::ipv4));
   EXPECT_FALSE(state->kernelMfibStatus(AddressFamily::ipv4).vrfStatusHas(red));
   EXPECT_EQ(agent->getMfibModule(red, AddressFamily::ipv4), nullptr);
-}
-
-TEST_F(AgentVrfTest, TheBridgeMacReachesEveryFibModule) {
-  makeAgent(true);
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv4));
-  agent->mfibModuleIs(fibModule(AddressFamily::ipv6));
-  state->bridgingConfig().bridgeMacAddrIs(Lanx::EthAddr("00:1c:73:aa:bb:cc"));
-  const Json modules = dump()["modules"];
-  EXPECT_EQ(modules["MfibIpv4red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
-  EXPECT_EQ(modules["MfibIpv6red"]["table"]["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
 }
 
 TEST_F(AgentVrfTest, RouteTablesReachTheAdapterOfTheirVrfOnceMountedAndLeaveWhenUnlisted) {
@@ -172,6 +131,41 @@ TEST_F(AgentVrfTest, CallsBeforeTheAgentIsUpAndOfOtherFamiliesChangeNothing) {
   agent->startMfibSm(red, AddressFamily::none);
   EXPECT_THAT(mountLog(), Not(Contains("mount kni/ns/ns-red/status KernelNetInfo::Status")));
   EXPECT_FALSE(startMfibSm(agent.get(), std::string(101, 'x').c_str(), 1));
+}
+
+// Classes, links and rate-limited tasks are checked by the scenarios; here what they do not
+// see: the software id, the four ports and the receive modules under the workers' classes.
+TEST_F(AgentVrfTest, FullStartPutsTheReceiveModulesUnderTheWorkersClasses) {
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  const Json data = dump();
+  EXPECT_EQ(data["modules"]["MfibIpv4red"]["init"]["vrfId"], 2);  // the software id
+  EXPECT_EQ(data["ports"].size(), 4u);  // three any-device paths and the PIM register port
+  const Json& classes = data["trafficClasses"];
+  std::vector<std::string> attached;
+  for (const char* worker : {"worker0", "worker1"}) {
+    EXPECT_FALSE(classes[worker]["tasks"].empty()) << worker;
+    for (const Json& task : classes[worker]["tasks"]) attached.push_back(task.get<std::string>());
+  }
+  EXPECT_THAT(attached,
+              UnorderedElementsAre("Rx_McastHwFwd_red", "Rx_McastSwFwd_red",
+                                   "Rx_McastSwFwd_PeerLinkOrCore_red", "Rx_PimRegIpv4_red"));
+}
+
+TEST_F(AgentVrfTest, GoingDownStopsEveryVrfAndFamilyOnceAndTakesEverythingAway) {
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  agent->startMfibSm(red, AddressFamily::ipv6);
+  agent->startMfibSm(L3::VrfName("blue"), AddressFamily::ipv4);
+  const std::uint64_t mark = Trace::mark();
+  agent = nullptr;
+  int stops = 0;
+  for (const std::string& text : tracesSince(mark)) stops += text.starts_with("stopMfibSm");
+  EXPECT_EQ(stops, 3);
+  const Json data = dump();
+  EXPECT_THAT(data["modules"], IsEmpty());
+  EXPECT_THAT(data["ports"], IsEmpty());
+  EXPECT_EQ(mountLog().back(), "unmount kni/ns/default/status");
 }
 
 }  // namespace

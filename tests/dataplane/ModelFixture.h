@@ -19,6 +19,17 @@
 
 namespace DataplaneTest {
 
+// 10.1.1.1 and 239.1.1.1 as route messages carry them.
+inline const std::string v4Source("\x0a\x01\x01\x01", 4);
+inline const std::string v4Group("\xef\x01\x01\x01", 4);
+
+inline vek::pb::MfibRouteArg routeArg(std::string source, std::string group) {
+  vek::pb::MfibRouteArg arg;
+  arg.set_source(std::move(source));
+  arg.set_group(std::move(group));
+  return arg;
+}
+
 // A port proxy that travels through a command group, as the agent's ports do.
 class GroupPort : public Vek::BessPort {
  public:
@@ -34,14 +45,24 @@ class GroupPort : public Vek::BessPort {
   Lumo::Ptr<Vek::CmdConfigGroup> group_;
 };
 
-// The host's set-up: a channel whose far end is the model, with two workers.
-class ModelFixture : public ::testing::Test {
- protected:
-  ModelFixture() {
+// The host's set-up: a channel whose far end is the data-plane model with two workers, the
+// agent's command group, and the shared data.
+struct ModelWorld {
+  ModelWorld() {
     channel->backendIs(&model);
     global->cmdConfigGroupIs(group);
   }
 
+  Dataplane::Model model{2};
+  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
+  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
+  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
+  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
+  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
+};
+
+class ModelFixture : public ::testing::Test, protected ModelWorld {
+ protected:
   Lumo::Ptr<Vek::Module> module(const char* name, Vek::VekModule::ModuleClass moduleClass,
                                 google::protobuf::Message* init = nullptr,
                                 std::uint32_t reservedOut = 0) {
@@ -65,10 +86,7 @@ class ModelFixture : public ::testing::Test {
     group->enqueueVersionInc(1);
   }
   static vek::pb::MfibRouteArg* route(std::string source, std::string group) {
-    auto* arg = new vek::pb::MfibRouteArg;
-    arg->set_source(std::move(source));
-    arg->set_group(std::move(group));
-    return arg;
+    return new vek::pb::MfibRouteArg(routeArg(std::move(source), std::move(group)));
   }
 
   // The error records on the queue, as "module type code msg".
@@ -79,13 +97,6 @@ class ModelFixture : public ::testing::Test {
     }
     return errors;
   }
-
-  Dataplane::Model model{2};
-  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
-  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
-  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
-  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
-  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
 };
 
 }  // namespace DataplaneTest

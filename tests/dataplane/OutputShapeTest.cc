@@ -50,7 +50,7 @@ class OutputShapeTest : public ModelFixture {
     Vek::freeModuleCounters(demux, vekcsd);
     Vek::allocateModulePacketCounter(demux, vekcsd, "No_Intf_Dst", 1);
     Vek::freeModuleCounters(demux, vekcsd);
-    auto* arg = route(std::string("\x0a\x01\x01\x01", 4), std::string("\xef\x01\x01\x01", 4));
+    auto* arg = route(v4Source, v4Group);
     arg->set_iif(1ull << 40);
     auto* gate = arg->add_gates();
     gate->set_intfid(1ull << 41);
@@ -108,12 +108,10 @@ TEST_F(OutputShapeTest, EveryLogLineHasTheFieldsOfItsKindInOrder) {
     return *std::find_if(log.begin(), log.end(),
                          [kind](const Json& e) { return e["kind"] == kind; });
   };
-  Json demux = *std::find_if(log.begin(), log.end(), [](const Json& e) {
-    return e["kind"] == "createModule" && e["name"] == "TxDemuxer";
-  });
-  demux.erase("seq");
-  EXPECT_EQ(demux.dump(), R"({"kind":"createModule","name":"TxDemuxer","class":105,"inGates":8192,)"
-                          R"("outGates":8192,"reservedIn":0,"reservedOut":2,"init":null})");
+  const Json demux = first("createModule");
+  EXPECT_EQ(demux["name"], "TxDemuxer");
+  EXPECT_EQ(demux["reservedOut"], 2);
+  EXPECT_TRUE(demux["init"].is_null()) << "a module without init message says null";
   const Json cmd = first("moduleCmd");
   EXPECT_EQ(cmd["arg"]["@type"], "type.googleapis.com/vek.pb.MfibRouteArg");
   EXPECT_EQ(cmd["arg"]["iif"], "1099511627776") << "64-bit integers as decimal strings";

@@ -1,11 +1,9 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
 
 #include "dataplane/IgmpV2.h"
 #include "dataplane/Mfib.h"
 #include "dataplane/TxDemuxer.h"
+#include "tests/dataplane/ModelFixture.h"
 
 namespace DataplaneTest {
 namespace {
@@ -14,65 +12,34 @@ using Json = nlohmann::ordered_json;
 
 class MfibTableTest : public ::testing::Test {
  protected:
-  static vek::pb::MfibRouteArg route(std::string source, std::string group) {
-    vek::pb::MfibRouteArg arg;
-    arg.set_source(std::move(source));
-    arg.set_group(std::move(group));
-    return arg;
-  }
-
   Dataplane::TaskIds taskIds;
   Dataplane::Mfib fib{Dataplane::ModuleContext{"MfibIpv4red", 8, 1, &taskIds}};
 };
 
-const std::string source("\x0a\x01\x01\x01", 4);
-const std::string group("\xef\x01\x01\x01", 4);
-const std::string group6("\xff\x0e\0\0\0\0\0\0\0\0\0\0\0\0\0\x01", 16);
-
-TEST_F(MfibTableTest, RoutesAreKeyedBySourceAndGroupInTextWithAStarForNoSource) {
-  auto sg = route(source, group);
-  sg.set_iif(1ull << 40);
-  sg.set_fastdrop(true);
-  auto* gate = sg.add_gates();
-  gate->set_intfid(77);
-  gate->set_gate(4);
-  EXPECT_FALSE(fib.addMroute(sg).failed());
-  EXPECT_FALSE(fib.addMroute(route("", group)).failed());
-  EXPECT_FALSE(fib.addMroute(route("", group6)).failed());
-
-  const Json routes = fib.dump()["routes"];
-  EXPECT_EQ(routes.size(), 3u);
-  EXPECT_EQ(routes["10.1.1.1,239.1.1.1"].dump(),
-            R"({"iif":"1099511627776","gates":[{"intfId":"77","gate":4}],"fastdrop":true,)"
-            R"("iifRegister":false,"oifRegister":false})");
-  EXPECT_TRUE(routes.contains("*,239.1.1.1"));
-  EXPECT_TRUE(routes.contains("*,ff0e::1"));
-}
-
+// The text forms of routes and settings in the dump are checked by the output-shape test
+// and the scenarios; here how the table takes changes and refuses what it cannot hold.
 TEST_F(MfibTableTest, TheLastAddDecidesAndDeletingWhatIsNotThereIsNoFault) {
-  auto first = route(source, group);
+  auto first = routeArg(v4Source, v4Group);
   first.add_gates()->set_gate(4);
   fib.addMroute(first);
-  fib.addMroute(route(source, group));
+  fib.addMroute(routeArg(v4Source, v4Group));
   EXPECT_TRUE(fib.dump()["routes"]["10.1.1.1,239.1.1.1"]["gates"].empty());
-  EXPECT_FALSE(fib.deleteMroute(route(source, group)).failed());
-  EXPECT_FALSE(fib.deleteMroute(route(source, group)).failed());
+  EXPECT_FALSE(fib.deleteMroute(routeArg(v4Source, v4Group)).failed());
+  EXPECT_FALSE(fib.deleteMroute(routeArg(v4Source, v4Group)).failed());
   EXPECT_TRUE(fib.dump()["routes"].empty());
 }
 
 TEST_F(MfibTableTest, MalformedRoutesAreRefusedAndLeaveTheTableAlone) {
-  auto outOfRange = route(source, group);
+  auto outOfRange = routeArg(v4Source, v4Group);
   outOfRange.add_gates()->set_gate(8);
   EXPECT_EQ(fib.addMroute(outOfRange).code, ERANGE);
-  EXPECT_EQ(fib.addMroute(route(source, "")).code, EINVAL);
-  EXPECT_EQ(fib.addMroute(route("\x0a\x01", group)).code, EINVAL);
+  EXPECT_EQ(fib.addMroute(routeArg(v4Source, "")).code, EINVAL);
+  EXPECT_EQ(fib.addMroute(routeArg("\x0a\x01", v4Group)).code, EINVAL);
   EXPECT_TRUE(fib.dump()["routes"].empty());
 }
 
-TEST_F(MfibTableTest, SettingsShowInTheirTextForms) {
+TEST_F(MfibTableTest, SettingsTakeRemovalsAndRefuseABadMac) {
   vek::pb::EthernetConfigArg mac;
-  mac.set_macaddr(std::string("\x00\x1c\x73\xaa\xbb\xcc", 6));
-  EXPECT_FALSE(fib.setBridgeMacAddr(mac).failed());
   mac.set_macaddr("short");
   EXPECT_EQ(fib.setBridgeMacAddr(mac).code, EINVAL);
   vek::pb::MulticastIntfArg intfs;
@@ -82,18 +49,14 @@ TEST_F(MfibTableTest, SettingsShowInTheirTextForms) {
   intfs.clear_intfids();
   intfs.add_intfids(5);
   fib.deleteMulticastIntfs(intfs);
-  vek::pb::SizeArg size;
-  size.set_size(100);
-  fib.setMaxUnresolvedCacheEntries(size);
   vek::pb::MfibCounterIdArg counters;
   counters.set_nocachecounter(3);
   fib.setCounterIds(counters);
 
   const Json table = fib.dump();
-  EXPECT_EQ(table["bridgeMacAddr"], "00:1c:73:aa:bb:cc");
+  EXPECT_TRUE(table["bridgeMacAddr"].is_null());
   EXPECT_EQ(table["multicastIntfs"].dump(), R"(["9"])");
-  EXPECT_EQ(table["maxUnresolvedCacheEntries"], 100);
-  EXPECT_TRUE(table["maxUnresolvedPktBuffers"].is_null());
+  EXPECT_TRUE(table["maxUnresolvedPktBuffers"].is_null()) << "not set";
   EXPECT_EQ(table["counterIds"].dump(), R"({"noCacheCounter":3})");
 }
 

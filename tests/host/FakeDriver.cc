@@ -24,8 +24,6 @@ IntfIdEncoder FakeDriver::intfIdEncoder() {
   };
 }
 
-void FakeDriver::configure(const AgentSettings& agentSettings) { settings = agentSettings; }
-
 void FakeDriver::applyState(const StateChange& change, StateOp op) {
   // Stands for a value the agent refuses although the file is well formed.
   if (change.vrfs.count("unknown")) throw std::runtime_error("VRF 'unknown' is refused");
@@ -40,7 +38,6 @@ void FakeDriver::applyState(const StateChange& change, StateOp op) {
 }
 
 void FakeDriver::createAgent() {
-  agentUp = true;
   trace_.push_back("Init cmdConfigGroup mfaAgent");
   if (!DumpLayout::module(dataPlane_, "TxDemuxer")) {
     command({{"kind", "createModule"}, {"name", "TxDemuxer"}, {"class", 105}});
@@ -103,22 +100,9 @@ void FakeDriver::syncRoutes(const VrfAf& vrfAf) {
 void FakeDriver::moduleCmd(const std::string& module, const std::string& cmd,
                            const nlohmann::json& arg) {
   command({{"kind", "moduleCmd"}, {"module", module}, {"cmd", cmd}, {"arg", arg}});
-  if (failNext_ && failNext_->module == module && failNext_->cmd == cmd) {
-    nlohmann::json error = {
-        {"kind", "error"}, {"module", module}, {"code", failNext_->code}, {"msg", failNext_->msg}};
-    command(error);
-    dataPlane_["errors"].push_back(error);
-    trace_.push_back(cmd + " failed: " + failNext_->msg);
-    failNext_.reset();
-    return;
-  }
   auto& routes = dataPlane_["modules"][module]["table"]["routes"];
   if (cmd == "addMroute") routes[arg["key"].get<std::string>()] = arg["route"];
   if (cmd == "deleteMroute") routes.erase(arg["key"].get<std::string>());
-}
-
-void FakeDriver::advance(double seconds) {
-  trace_.push_back("clock advanced by " + std::to_string(seconds));
 }
 
 void FakeDriver::restart() {
@@ -126,8 +110,6 @@ void FakeDriver::restart() {
   started_.clear();
   createAgent();
 }
-
-void FakeDriver::failNext(const FailNextStep& failure) { failNext_ = failure; }
 
 std::string FakeDriver::dot() {
   std::string text = "digraph dataplane {\n";

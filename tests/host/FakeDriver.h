@@ -14,18 +14,19 @@ namespace VekHost {
 
 // A stand-in for the agent and the data plane that keeps real state: central state as
 // written, a FIB module per started VRF and family whose table follows the routes on each
-// settle, a command log, error records and trace lines. Enough to run scenarios end to end.
+// settle, a command log and trace lines. Enough to run scenarios end to end; time and
+// refusals of the daemon are left to the real agent's scenarios.
 class FakeDriver : public ScenarioDriver {
  public:
-  void configure(const AgentSettings& settings) override;
+  void configure(const AgentSettings&) override {}
   void applyState(const StateChange& change, StateOp op) override;
   void createAgent() override;
   void start(const VrfAf& vrfAf) override;
   void stop(const VrfAf& vrfAf) override;
   void settle() override;
-  void advance(double seconds) override;
+  void advance(double) override {}
   void restart() override;
-  void failNext(const FailNextStep& failure) override;
+  void failNext(const FailNextStep&) override {}
 
   nlohmann::json dump() override { return dataPlane_; }
   std::string dot() override;
@@ -37,9 +38,6 @@ class FakeDriver : public ScenarioDriver {
   // A deterministic id for names of the usual forms.
   static IntfIdEncoder intfIdEncoder();
 
-  AgentSettings settings;
-  bool agentUp = false;
-
  private:
   using RouteId = std::tuple<std::string, Af, std::string, std::string>;  // vrf, af, app, key
   void command(nlohmann::json record);
@@ -48,7 +46,6 @@ class FakeDriver : public ScenarioDriver {
 
   std::map<RouteId, Mroute> routes_;
   std::set<std::pair<std::string, Af>> started_;
-  std::optional<FailNextStep> failNext_;
   nlohmann::json dataPlane_ = {{"modules", nlohmann::json::object()},
                                {"ports", nlohmann::json::object()},
                                {"errors", nlohmann::json::array()}};

@@ -24,8 +24,9 @@ void expectFirstError(const BadInput& bad, const LoaderOptions& options = {}) {
       << "wanted '" << bad.message << "' in: " << result.errors.front();
 }
 
-TEST(ScenarioLoaderTest, DocumentAndAgentMistakesAreReportedWithTheirLine) {
+TEST(ScenarioLoaderTest, MistakesAreReportedWithTheirLine) {
   const BadInput cases[] = {
+      // The document and the agent settings.
       {"", 1, "empty"},
       {"steps: [settle\n", 2, "end of sequence"},
       {"agents: {}\n", 1, "unknown key 'agents' in a scenario"},
@@ -35,12 +36,7 @@ TEST(ScenarioLoaderTest, DocumentAndAgentMistakesAreReportedWithTheirLine) {
       {"agent:\n  toggles: {MfaWcFwd: true, Bogus: false}\n", 2, "unknown key 'Bogus' in toggles"},
       {"agent:\n  oru: true\n  oru: false\n", 3, "key 'oru' is given twice"},
       {"agent: [oru]\n", 1, "agent must be a map"},
-  };
-  for (const BadInput& bad : cases) expectFirstError(bad);
-}
-
-TEST(ScenarioLoaderTest, StateMistakesAreReportedWithTheirLine) {
-  const BadInput cases[] = {
+      // State changes.
       {"state:\n  vrf: {red: 2}\n", 2, "unknown key 'vrf' in a state change"},
       {"state:\n  vrfs: {red: two}\n", 2, "a VRF id must be an integer"},
       {"state:\n  vrfs: {red: 16777215}\n", 2, "a VRF id must be an integer from 0 to 16777214"},
@@ -57,6 +53,41 @@ TEST(ScenarioLoaderTest, StateMistakesAreReportedWithTheirLine) {
        "unknown key 'maxUnresolved'"},
       {"state:\n  intfVlans: {Ethernet2: 4095}\n", 2, "a VLAN must be an integer from 1 to 4094"},
       {"state:\n  tables: [{vrf: red, af: ipv4}]\n", 2, "missing 'app'"},
+      // Steps.
+      {"steps:\n  - settle\n  - begin\n", 3,
+       "a step without a value must be one of settle, restart"},
+      {"steps:\n  - start: {vrf: red}\n", 2, "missing 'af'"},
+      {"steps:\n  - start: {vrf: red, af: ipv4}\n    stop: {vrf: red, af: ipv4}\n", 2,
+       "a step is one of start, stop"},
+      {"steps:\n  - launch: {vrf: red, af: ipv4}\n", 2, "a step must be one of start"},
+      {"steps:\n  - settle: 3\n", 2, "'settle' takes no value"},
+      {"steps:\n  - advance: -1\n", 2, "cannot go back in time"},
+      {"steps:\n  - advance: soon\n", 2, "advance must be a number"},
+      {"steps:\n  - set: {}\n", 2, "names at least one state key"},
+      {"steps:\n  - delete: {vrfs: red}\n", 2, "vrfs must be a map"},
+      {"steps:\n  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 0}\n", 2,
+       "code 0 means success"},
+      {"steps:\n  - failNext: {module: MfibIpv4red, code: 5}\n", 2, "missing 'cmd'"},
+      {"steps: {settle: ~}\n", 1, "steps must be a list"},
+      // Expectations.
+      {"steps:\n  - expect: {}\n", 2, "an expect names one of route, module, edge"},
+      {"steps:\n  - expect: {module: A, trace: x}\n", 2, "found both 'module' and 'trace'"},
+      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1,"
+       " app: pim}}\n",
+       2, "unknown key 'app' in route"},
+      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1},"
+       " absent: true, iif: Ethernet1}\n",
+       2, "a route expected absent has no iif"},
+      {"steps:\n  - expect: {module: IgmpV2, exists: false, class: 120}\n", 2,
+       "expected not to exist has no class"},
+      {"steps:\n  - expect: {edge: {from: A}}\n", 2, "missing 'to'"},
+      {"steps:\n  - expect: {dump: modules..x, equals: 1}\n", 2, "dump path 'modules..x'"},
+      {"steps:\n  - expect: {dump: modules.x, equals: 1, contains: 1}\n", 2,
+       "one of equals, contains or absent"},
+      {"steps:\n  - expect: {commands: [{cmd: a}], order: sorted}\n", 2,
+       "order must be one of any, strict"},
+      {"steps:\n  - expect: {commands: [addMroute]}\n", 2, "a command record must be a map"},
+      {"steps:\n  - expect: {trace: x, absent: 1}\n", 2, "absent must be true or false"},
   };
   for (const BadInput& bad : cases) expectFirstError(bad);
 }
@@ -87,51 +118,6 @@ TEST(ScenarioLoaderTest, RouteMistakesAreReportedWithTheirLine) {
     const std::string yaml = std::string(head) + "    " + bad.yaml;
     expectFirstError(BadInput{yaml.c_str(), bad.line, bad.message});
   }
-}
-
-TEST(ScenarioLoaderTest, StepMistakesAreReportedWithTheirLine) {
-  const BadInput cases[] = {
-      {"steps:\n  - settle\n  - begin\n", 3,
-       "a step without a value must be one of settle, restart"},
-      {"steps:\n  - start: {vrf: red}\n", 2, "missing 'af'"},
-      {"steps:\n  - start: {vrf: red, af: ipv4}\n    stop: {vrf: red, af: ipv4}\n", 2,
-       "a step is one of start, stop"},
-      {"steps:\n  - launch: {vrf: red, af: ipv4}\n", 2, "a step must be one of start"},
-      {"steps:\n  - settle: 3\n", 2, "'settle' takes no value"},
-      {"steps:\n  - advance: -1\n", 2, "cannot go back in time"},
-      {"steps:\n  - advance: soon\n", 2, "advance must be a number"},
-      {"steps:\n  - set: {}\n", 2, "names at least one state key"},
-      {"steps:\n  - delete: {vrfs: red}\n", 2, "vrfs must be a map"},
-      {"steps:\n  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 0}\n", 2,
-       "code 0 means success"},
-      {"steps:\n  - failNext: {module: MfibIpv4red, code: 5}\n", 2, "missing 'cmd'"},
-      {"steps: {settle: ~}\n", 1, "steps must be a list"},
-  };
-  for (const BadInput& bad : cases) expectFirstError(bad);
-}
-
-TEST(ScenarioLoaderTest, ExpectationMistakesAreReportedWithTheirLine) {
-  const BadInput cases[] = {
-      {"steps:\n  - expect: {}\n", 2, "an expect names one of route, module, edge"},
-      {"steps:\n  - expect: {module: A, trace: x}\n", 2, "found both 'module' and 'trace'"},
-      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1,"
-       " app: pim}}\n",
-       2, "unknown key 'app' in route"},
-      {"steps:\n  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1},"
-       " absent: true, iif: Ethernet1}\n",
-       2, "a route expected absent has no iif"},
-      {"steps:\n  - expect: {module: IgmpV2, exists: false, class: 120}\n", 2,
-       "expected not to exist has no class"},
-      {"steps:\n  - expect: {edge: {from: A}}\n", 2, "missing 'to'"},
-      {"steps:\n  - expect: {dump: modules..x, equals: 1}\n", 2, "dump path 'modules..x'"},
-      {"steps:\n  - expect: {dump: modules.x, equals: 1, contains: 1}\n", 2,
-       "one of equals, contains or absent"},
-      {"steps:\n  - expect: {commands: [{cmd: a}], order: sorted}\n", 2,
-       "order must be one of any, strict"},
-      {"steps:\n  - expect: {commands: [addMroute]}\n", 2, "a command record must be a map"},
-      {"steps:\n  - expect: {trace: x, absent: 1}\n", 2, "absent must be true or false"},
-  };
-  for (const BadInput& bad : cases) expectFirstError(bad);
 }
 
 TEST(ScenarioLoaderTest, EveryMistakeOfTheFileIsReportedInLineOrderAndNothingLoads) {
@@ -169,85 +155,45 @@ TEST(ScenarioLoaderTest, AnEncoderDecidesWhatAnInterfaceNameIs) {
   EXPECT_TRUE(loader.loadText("state:\n  intfVlans: {Ethernet2: 10}\n", "t.yaml").scenario);
 }
 
-const char* kFullScenario = R"(
+// The scenario files take most keys end to end through the agent; this is what they do not
+// reach: agent settings the host alone reads, the text forms that are normalised, removal
+// of a value by ~, and the step lines and a dump path with a quoted key.
+TEST(ScenarioLoaderTest, WhatTheScenarioFilesDoNotReachLoadsIntoTypedValues) {
+  const char* text = R"(
 agent:
-  oru: false
   namespaceDut: false
-  workers: 2
   yieldEvery: 100
   toggles: {MfaWcFwd: false, ToloVekTx: true}
-  bypassTxDemuxer: true
 state:
-  vrfs: {default: 1, red: 2}
-  hwVrfs: {red: 12}
   bridgeMac: "00:1C:73:AA:BB:CC"
-  kernel:
-    default: {fabric: {ifIndex: 3, up: false}}
-    red: {et2: {ifIndex: 7, intf: Ethernet2}}
-  multicastIntfs: {ipv4: {red: [Ethernet2, Ethernet3]}, ipv6: {}}
-  kernelMfibConfig: {ipv4: {red: {maxUnresolvedCacheEntries: 100}}}
-  intfVlans: {Ethernet2: 10}
+  kernel: {red: {et2: {ifIndex: 7, intf: Ethernet2}}}
   mroutes:
-    - {vrf: red, af: ipv4, app: pim, source: 10.1.1.1, group: 239.1.1.1,
-       iif: Ethernet2, oifs: [Ethernet3], flags: [fastdrop, switching]}
     - {vrf: red, af: ipv6, app: static, source: "*", group: "FF0E:0::1"}
-  tables: [{vrf: blue, af: ipv6, app: igmp}]
 steps:
-  - start: {vrf: red, af: ipv4}
   - settle
-  - delete: {vrfs: [red], bridgeMac: ~, kernel: {red: [et2]},
-             mroutes: [{vrf: red, af: ipv4, app: pim, source: 10.1.1.1, group: 239.1.1.1}]}
-  - advance: 0.5
-  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 5, msg: "no room"}
-  - restart
+  - delete: {vrfs: [red], bridgeMac: ~}
   - expect: {dump: 'modules.MfibIpv4red.table.routes["10.1.1.1,239.1.1.1"]', contains: {iif: "7"}}
 )";
-
-TEST(ScenarioLoaderTest, AFullScenarioLoadsIntoTypedValues) {
-  ScenarioLoader loader(LoaderOptions{FakeDriver::intfIdEncoder(), {}});
-  LoadResult result = loader.loadText(kFullScenario, "full.yaml");
+  LoadResult result =
+      ScenarioLoader(LoaderOptions{FakeDriver::intfIdEncoder(), {}}).loadText(text, "full.yaml");
   ASSERT_TRUE(result.scenario) << result.errors.front();
   const Scenario& scenario = *result.scenario;
-
-  EXPECT_FALSE(scenario.agent.oru);
   EXPECT_FALSE(scenario.agent.namespaceDut);
-  EXPECT_TRUE(scenario.agent.bypassTxDemuxer);
-  EXPECT_EQ(scenario.agent.workers, 2);
   EXPECT_EQ(scenario.agent.yieldEvery, 100);
   EXPECT_EQ(scenario.agent.toggles,
             (std::map<std::string, bool>{{"MfaWcFwd", false}, {"ToloVekTx", true}}));
+  EXPECT_EQ(scenario.state.bridgeMac, "00:1c:73:aa:bb:cc");
+  EXPECT_TRUE(scenario.state.kernel.at("red").at("et2").up);
+  EXPECT_EQ(scenario.state.mroutes.at(0).key, (RouteKey{"*", "ff0e::1"}));
 
-  const StateChange& state = scenario.state;
-  EXPECT_EQ(state.vrfs, (std::map<std::string, uint32_t>{{"default", 1}, {"red", 2}}));
-  EXPECT_EQ(state.bridgeMac, "00:1c:73:aa:bb:cc");
-  EXPECT_FALSE(state.kernel.at("default").at("fabric").up);
-  EXPECT_EQ(state.kernel.at("red").at("et2").ifIndex, 7);
-  EXPECT_TRUE(state.kernel.at("red").at("et2").up);
-  EXPECT_EQ(state.kernel.at("red").at("et2").intf, "Ethernet2");
-  EXPECT_EQ(state.multicastIntfs.at(Af::ipv4).at("red"),
-            (std::vector<std::string>{"Ethernet2", "Ethernet3"}));
-  EXPECT_EQ(state.kernelMfibConfig.at(Af::ipv4).at("red").maxUnresolvedCacheEntries, 100u);
-  EXPECT_FALSE(state.kernelMfibConfig.at(Af::ipv4).at("red").maxUnresolvedPktBuffers);
-  ASSERT_EQ(state.mroutes.size(), 2u);
-  EXPECT_EQ(state.mroutes[0].key, (RouteKey{"10.1.1.1", "239.1.1.1"}));
-  EXPECT_EQ(state.mroutes[0].oifs, std::vector<std::string>{"Ethernet3"});
-  EXPECT_EQ(state.mroutes[0].flags, (RouteFlags{true, false, false, true}));
-  EXPECT_EQ(state.mroutes[1].key, (RouteKey{"*", "ff0e::1"}));
-  EXPECT_EQ(state.mroutes[1].table.vrfAf, (VrfAf{"red", Af::ipv6}));
-  EXPECT_EQ(state.tables.at(0).app, "igmp");
-
-  ASSERT_EQ(scenario.steps.size(), 7u);
-  EXPECT_EQ(scenario.steps[1].line, 26);  // the text starts with an empty line
-  const auto& removal = std::get<StateStep>(scenario.steps[2].action);
+  ASSERT_EQ(scenario.steps.size(), 3u);
+  EXPECT_EQ(scenario.steps[1].line, 13);  // the text starts with an empty line
+  const auto& removal = std::get<StateStep>(scenario.steps[1].action);
   EXPECT_EQ(removal.op, StateOp::remove);
   EXPECT_EQ(removal.change.vrfs.count("red"), 1u);
   EXPECT_EQ(removal.change.bridgeMac, "");
-  EXPECT_EQ(removal.change.kernel.at("red").count("et2"), 1u);
-  EXPECT_EQ(removal.change.mroutes.size(), 1u);
-  EXPECT_EQ(std::get<AdvanceStep>(scenario.steps[3].action).seconds, 0.5);
-  EXPECT_EQ(std::get<FailNextStep>(scenario.steps[4].action).msg, "no room");
   const auto& expect =
-      std::get<DumpExpectation>(std::get<ExpectStep>(scenario.steps[6].action).expectation);
+      std::get<DumpExpectation>(std::get<ExpectStep>(scenario.steps[2].action).expectation);
   EXPECT_EQ(expect.path.keys(), (std::vector<std::string>{"modules", "MfibIpv4red", "table",
                                                           "routes", "10.1.1.1,239.1.1.1"}));
   EXPECT_EQ(expect.value, (nlohmann::json{{"iif", "7"}}));

@@ -47,11 +47,6 @@ class TrackerFixture : public PipelineTest::PipelineFixture {
         ->deviceIntfStatusDirIs(Lumo::String(Interface::DeviceVrfIntfStatusDir::kernelIntfs))
         ->deviceIntfStatusIs(Lanx::IntfId(intf), Interface::DeviceIntfStatus{name, ifIndex, 1});
   }
-  void deviceDel(const L3::VrfName& vrf, const char* intf) {
-    deviceDir->deviceVrfIntfStatusDir(vrf.nsName())
-        ->kernelIntfStatusDir()
-        ->deviceIntfStatusDel(Lanx::IntfId(intf));
-  }
   // A multicast interface of the VRF and family, as the agent's start follows it.
   void mcast(AddressFamily af, const L3::VrfName& vrf, const char* intf, bool on = true) {
     auto& dir = af == AddressFamily::ipv6 ? appDir6 : appDir4;

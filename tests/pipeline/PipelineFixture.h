@@ -6,15 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "dataplane/Model.h"
-#include "runtime/lumo/Ptr.h"
 #include "runtime/toggle/ToggleState.h"
-#include "runtime/vek/CmdConfigGroup.h"
-#include "runtime/vek/CommandChannel.h"
-#include "runtime/vek/GrpcGlobalCmdConfig.h"
-#include "runtime/vek/ModuleConfigStatusPair.h"
 #include "runtime/vek/NamespaceDut.h"
-#include "runtime/vek/VekCommonSmData.h"
+#include "tests/dataplane/ModelFixture.h"
 
 namespace PipelineTest {
 
@@ -32,24 +26,8 @@ class ScopedEnv {
   const char* name_;
 };
 
-// The host's set-up: a channel whose far end is the data-plane model, the agent's command
-// group, and the shared data.
-struct PipelineWorld {
-  PipelineWorld() {
-    channel->backendIs(&model);
-    global->cmdConfigGroupIs(group);
-  }
-
-  Dataplane::Model model{2};
-  Lumo::Ptr<Vek::CommandChannel> channel = Lumo::makePtr<Vek::CommandChannel>();
-  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel);
-  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel);
-  Lumo::Ptr<Vek::CmdConfigGroup> group = Lumo::makePtr<Vek::CmdConfigGroup>("mfaAgent");
-  Lumo::Ptr<Vek::VekCommonSmData> vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(2);
-};
-
 // Each test starts on a namespace device with every toggle on.
-class PipelineFixture : public ::testing::Test, protected PipelineWorld {
+class PipelineFixture : public ::testing::Test, protected DataplaneTest::ModelWorld {
  protected:
   PipelineFixture() {
     Vek::namespaceDutIs(true);

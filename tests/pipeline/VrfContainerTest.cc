@@ -61,7 +61,7 @@ class VrfContainerTest : public PipelineFixture {
 };
 
 // One daemon and one agent side, for runs that must not share anything.
-struct World : PipelineWorld {
+struct World : DataplaneTest::ModelWorld {
   Lumo::Ptr<McastModuleManager> manager = mcastModuleManagerFactory(pair);
 };
 
@@ -254,18 +254,6 @@ TEST_F(IgmpV2ModuleTest, Ipv6MakesNothingAndIpv4RegistersTheVrfEvenWithoutContai
                                             {"unknownProtoCounter", proto},
                                             {"unknownVrfCounter", vrf}}));
   EXPECT_EQ(manager->createIgmpV2Module(AddressFamily::ipv6, red, VrfId(2), true, vekcsd), igmp);
-}
-
-TEST_F(IgmpV2ModuleTest, EveryReceivePathOfTheVrfFeedsIgmpV2WhicheverCameFirst) {
-  manager->createMcastAnyRxSet(red, VrfId(2), group);
-  manager->createIgmpV2Module(AddressFamily::ipv4, red, VrfId(2), true, vekcsd);
-  manager->createMcastAnyRxSet(L3::VrfName("blue"), VrfId(3), group);
-  manager->createIgmpV2Module(AddressFamily::ipv4, L3::VrfName("blue"), VrfId(3), true, vekcsd);
-  for (const char* meta : {"Mdata_McastHwFwd_red", "Mdata_McastSwFwd_red",
-                           "Mdata_McastSwFwd_PeerLinkOrCore_red", "Mdata_McastHwFwd_blue",
-                           "Mdata_McastSwFwd_blue", "Mdata_McastSwFwd_PeerLinkOrCore_blue"}) {
-    EXPECT_EQ(outLinks(meta), std::vector<std::string>{"2>IgmpV2"}) << meta;
-  }
 }
 
 TEST_F(IgmpV2ModuleTest, ModuleGoesAfterItsLastVrfIsUnregisteredAndUnwired) {

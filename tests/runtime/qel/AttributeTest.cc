@@ -23,15 +23,30 @@ class AttributeTest : public ::testing::Test {
   Recorder recorder;
 };
 
-TEST_F(AttributeTest, ValueAndPointerPublishOnlyRealChanges) {
+// Value, pointer and collection attributes publish real changes only; a collection names
+// the key that changed.
+TEST_F(AttributeTest, OnlyRealChangesPublishAndCollectionsNameTheKey) {
   vrf->modeIs(3);
   vrf->modeIs(3);
   vrf->tableIs(red);
   vrf->tableIs(red);
   vrf->tableDel();
   vrf->tableDel();
-  EXPECT_EQ(recorder.heard, (Heard{{VrfSm::kMode, -1}, {VrfSm::kTable, -1}, {VrfSm::kTable, -1}}));
+  vrf->changedRouteIs(7);
+  vrf->changedRouteIs(7);
+  vrf->changedRouteIs(8);
+  vrf->changedRouteDel(9);  // absent: nothing
+  vrf->changedRouteDel(7);
+  vrf->routeOwnerIs(1, red);
+  vrf->routeOwnerIs(1, red);
+  const Heard expected = {{VrfSm::kMode, -1},        {VrfSm::kTable, -1},
+                          {VrfSm::kTable, -1},       {VrfSm::kChangedRoute, 7},
+                          {VrfSm::kChangedRoute, 8}, {VrfSm::kChangedRoute, 7},
+                          {VrfSm::kRouteOwner, 1}};
+  EXPECT_EQ(recorder.heard, expected);
   EXPECT_EQ(vrf->table(), nullptr);
+  EXPECT_EQ(vrf->routeOwner(1), red);
+  EXPECT_EQ(vrf->routeOwner(2), nullptr);
 }
 
 TEST_F(AttributeTest, InstantiatingAttributeMakesOnceAndRefusesOtherArguments) {
@@ -53,22 +68,6 @@ TEST_F(AttributeTest, InstantiatingAttributeMakesOnceAndRefusesOtherArguments) {
   vrf->moduleDel();
   EXPECT_EQ(vrf->module(), nullptr);
   EXPECT_EQ(vrf->moduleIs(red.get(), 6)->family(), 6);
-}
-
-TEST_F(AttributeTest, CollectionMembersPublishTheirKeys) {
-  vrf->changedRouteIs(7);
-  vrf->changedRouteIs(7);
-  vrf->changedRouteIs(8);
-  vrf->changedRouteDel(9);  // absent: nothing
-  vrf->changedRouteDel(7);
-  vrf->routeOwnerIs(1, red);
-  vrf->routeOwnerIs(1, red);
-  EXPECT_EQ(recorder.heard, (Heard{{VrfSm::kChangedRoute, 7},
-                                   {VrfSm::kChangedRoute, 8},
-                                   {VrfSm::kChangedRoute, 7},
-                                   {VrfSm::kRouteOwner, 1}}));
-  EXPECT_EQ(vrf->routeOwner(1), red);
-  EXPECT_EQ(vrf->routeOwner(2), nullptr);
 }
 
 // Reactors of a DelAll see the collection already empty, and hear every key once.

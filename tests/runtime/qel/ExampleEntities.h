@@ -1,8 +1,8 @@
 #pragma once
 
-// A small entity family that shows how state machines are written against the entity
-// layer: named one-line mutators over the attribute templates, a nested state machine
-// per input, a reactor, and a backlog drained by a task.
+// A small entity family over the attribute templates for the entity-layer tests: an input
+// table, an owner with every kind of attribute, a nested machine per input, an owned
+// machine, a recording reactor and a backlog drained by a fake task.
 
 #include <functional>
 #include <string>
@@ -24,7 +24,7 @@
 
 namespace Example {
 
-// An input: a table of routes that some other agent writes.
+// An input: a table of routes that another agent writes.
 class Table : public Qel::Entity {
  public:
   enum : Qel::AttributeId { kRoute = 1 };
@@ -123,7 +123,6 @@ class VrfSm : public Qel::StateMachine {
   };
   std::string_view typeName() const override { return "Example::VrfSm"; }
 
-  int mode() const { return mode_.get(); }
   void modeIs(int mode) { mode_.is(*this, mode); }
 
   const Lumo::Ptr<Table const>& table() const { return table_.get(); }
@@ -136,13 +135,11 @@ class VrfSm : public Qel::StateMachine {
   }
   void moduleDel() { module_.del(*this); }
 
-  Lumo::Ptr<CounterSm> counterSm() const { return counterSm_.get(); }
   Lumo::Ptr<CounterSm> counterSmIs(Lumo::Ptr<Table const> table) {
     return counterSm_.is(*this, table);
   }
   void counterSmDel() { counterSm_.del(*this); }
 
-  bool changedRouteHas(int key) const { return changedRoute_.has(key); }
   void changedRouteIs(int key) { changedRoute_.is(*this, key); }
   void changedRouteDel(int key) { changedRoute_.del(*this, key); }
   void changedRouteDelAll() { changedRoute_.delAll(*this); }

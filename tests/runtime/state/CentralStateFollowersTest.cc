@@ -26,20 +26,16 @@ class IntfStatusManagerTest : public ::testing::Test {
   const IntfId et3{"Ethernet3"};
 };
 
-TEST_F(IntfStatusManagerTest, DevicesThatStandForAnInterfaceAreFollowedFromBeforeAndAfter) {
+// The intf-tracker scenario follows devices that come, move and go through the agent;
+// here a device that stands for no interface, and the up flag.
+TEST_F(IntfStatusManagerTest, OnlyDevicesThatStandForAnInterfaceAreFollowed) {
   kernel->interfaceByDeviceNameIs("et2", KernelDevice{7, 1, et2});
   kernel->interfaceByDeviceNameIs("lo", KernelDevice{1, 1, IntfId()});
   manage();
   EXPECT_EQ(devices->deviceIntfStatus(et2), (DeviceIntfStatus{"et2", 7, 1}));
   EXPECT_EQ(devices->devices().size(), 1u);
-
-  kernel->interfaceByDeviceNameIs("et3", KernelDevice{8, 0, et3});
   kernel->interfaceByDeviceNameIs("et2", KernelDevice{9, 0, et2});
-  EXPECT_EQ(devices->deviceIntfStatus(et3), (DeviceIntfStatus{"et3", 8, 0}));
   EXPECT_EQ(devices->deviceIntfStatus(et2), (DeviceIntfStatus{"et2", 9, 0}));
-
-  kernel->interfaceByDeviceNameDel("et3");
-  EXPECT_FALSE(devices->deviceIntfStatusHas(et3));
 }
 
 TEST_F(IntfStatusManagerTest, ADeviceThatChangesItsInterfaceLeavesOnlyItsOwnEntryBehind) {

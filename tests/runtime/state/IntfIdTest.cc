@@ -46,7 +46,7 @@ const std::vector<NameForms> everyForm = {
     {"McastTunnel1-fd00::9", "Mt1-fd00::9"},
 };
 
-TEST(IntfIdTest, EveryNameFormRoundTripsThroughItsId) {
+TEST(IntfIdTest, EveryNameFormRoundTripsThroughItsIdAndOrdersByNumber) {
   std::vector<IntfId> ids;
   for (const NameForms& form : everyForm) {
     IntfId id(form.name);
@@ -58,12 +58,15 @@ TEST(IntfIdTest, EveryNameFormRoundTripsThroughItsId) {
     ids.push_back(id);
   }
   expectDistinctKeys(ids);
-}
-
-TEST(IntfIdTest, KindWordsAreReadInAnyCase) {
+  // The kind words are read in any case and written as above.
   EXPECT_EQ(IntfId("ethernet1/2"), IntfId("Ethernet1/2"));
   EXPECT_EQ(IntfId("PO5"), IntfId("Port-Channel5"));
   EXPECT_EQ(IntfId("port-channel5").name(), "Port-Channel5");
+  // Ids order by the numbers and format as the name.
+  EXPECT_LT(IntfId("Ethernet1/2"), IntfId("Ethernet1/10"));
+  EXPECT_LT(IntfId("Ethernet2"), IntfId("Ethernet10"));
+  EXPECT_EQ(fmt::format("[{:>6}]", IntfId("Vlan10")), "[Vlan10]");
+  EXPECT_EQ(fmt::format("{}", IntfId("Ethernet1/2")), "Ethernet1/2");
 }
 
 // Other programs take these numbers from "mfa-host intf-id"; the layout must not drift.
@@ -114,13 +117,6 @@ TEST(IntfIdTest, BadNamesAreRefusedWithTheReason) {
   }
 }
 
-TEST(IntfIdTest, OrdersByNumbersAndFormatsAsName) {
-  EXPECT_LT(IntfId("Ethernet1/2"), IntfId("Ethernet1/10"));
-  EXPECT_LT(IntfId("Ethernet2"), IntfId("Ethernet10"));
-  EXPECT_EQ(fmt::format("[{:>6}]", IntfId("Vlan10")), "[Vlan10]");
-  EXPECT_EQ(fmt::format("{}", IntfId("Ethernet1/2")), "Ethernet1/2");
-}
-
 TEST(VlanIntfIdTest, VlanNumbersGoInAndComeOut) {
   IntfId vlan10 = VlanIntfId::vlanIdToIntfId(std::uint16_t{10});
   EXPECT_EQ(vlan10, IntfId("Vlan10"));
@@ -161,11 +157,9 @@ TEST(McastTunnelIntfIdTest, TunnelTypeAndVtepComeBackFromTheId) {
   }
   EXPECT_THROW(McastTunnelIntfId::intfId(0, v4), Lumo::Exception);
   EXPECT_THROW(McastTunnelIntfId::intfId(1, IpGenAddr()), Lumo::Exception);
-}
-
-TEST(McastTunnelIntfIdTest, ScenarioFormNamesTheSameTunnel) {
-  EXPECT_EQ(IntfId("{tunnel: 1, vtep: 10.0.0.9}"), IntfId("McastTunnel1-10.0.0.9"));
-  EXPECT_EQ(IntfId("{ vtep: fd00::9 ,tunnel: 2 }"), IntfId("McastTunnel2-fd00::9"));
+  // The scenario form names the same tunnel.
+  EXPECT_EQ(IntfId("{tunnel: 1, vtep: 10.0.0.9}"), type1v4);
+  EXPECT_EQ(IntfId("{ vtep: 2001:db8::77 ,tunnel: 2 }"), type2v6);
 }
 
 // An IPv6 VTEP this process has not made an id of has no address to show; its name keeps the
