@@ -87,9 +87,9 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   // ---- Reactors ----
 
   void handleInitialized() override;
-  // A review that fell due while notification was off was spent doing nothing: the work
-  // still queued is asked for again once notification is back.
   void handleClock() override;
+  // A review that fell due while notification was off was spent doing nothing: the work
+  // still queued asks for one again once notification is back.
   void handleNotificationActive();
   void handleIntfIdToVlanId(Lanx::IntfId intfId);
   void handleMcastIntfVrf(const L3::VrfName& vrfName);
