@@ -15,10 +15,12 @@ const CommandTable<Mfib>& Mfib::commands() {
       {"setMaxUnresolvedPktBuffers", "vek.pb.SizeArg", &Mfib::setMaxUnresolvedPktBuffers},
       {"setBridgeMacAddr", "vek.pb.EthernetConfigArg", &Mfib::setBridgeMacAddr},
       {"setCounterIds", "vek.pb.MfibCounterIdArg", &Mfib::setCounterIds},
-      {"regMfibTasks", "vek.pb.MfibTaskIdArg", &Mfib::regMfibTasks},
-      {"regCleanupTask", "vek.pb.MfibTaskIdArg", &Mfib::regCleanupTask},
-      {"regMfibTasksForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regMfibTasksForAllWorkers},
-      {"regCleanupTaskForAllWorkers", "vek.pb.MfibTaskIdsArg", &Mfib::regCleanupTaskForAllWorkers},
+      {"regMfibTasks", "vek.pb.MfibTaskIdArg", &Mfib::registerTask<TaskKind::noCache>},
+      {"regCleanupTask", "vek.pb.MfibTaskIdArg", &Mfib::registerTask<TaskKind::cleanup>},
+      {"regMfibTasksForAllWorkers", "vek.pb.MfibTaskIdsArg",
+       &Mfib::registerTaskPerWorker<TaskKind::noCache>},
+      {"regCleanupTaskForAllWorkers", "vek.pb.MfibTaskIdsArg",
+       &Mfib::registerTaskPerWorker<TaskKind::cleanup>},
   };
   return table;
 }
@@ -93,7 +95,9 @@ const Mfib::Task& Mfib::task(const std::string& name, bool cleanup, std::uint32_
   return it->second;
 }
 
-CommandResult Mfib::registerTask(const vek::pb::MfibTaskIdArg& arg, bool cleanup) {
+template <Mfib::TaskKind kind>
+CommandResult Mfib::registerTask(const vek::pb::MfibTaskIdArg& arg) {
+  constexpr bool cleanup = kind == TaskKind::cleanup;
   const std::string name = context_.name + (cleanup ? "_cleanup" : "_noCache");
   const Task& t = task(name, cleanup, arg.wid());
   auto reply = std::make_unique<vek::pb::MfibTaskIdArg>();
@@ -105,7 +109,9 @@ CommandResult Mfib::registerTask(const vek::pb::MfibTaskIdArg& arg, bool cleanup
   return CommandResult::answer(std::move(reply));
 }
 
-CommandResult Mfib::registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg, bool cleanup) {
+template <Mfib::TaskKind kind>
+CommandResult Mfib::registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg) {
+  constexpr bool cleanup = kind == TaskKind::cleanup;
   auto reply = std::make_unique<vek::pb::MfibTaskIdsArg>();
   reply->set_vrf(arg.vrf());
   reply->set_wid_count(arg.wid_count());
@@ -122,22 +128,6 @@ CommandResult Mfib::registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg, bo
     reply->add_task_name(name);
   }
   return CommandResult::answer(std::move(reply));
-}
-
-CommandResult Mfib::regMfibTasks(const vek::pb::MfibTaskIdArg& arg) {
-  return registerTask(arg, false);
-}
-
-CommandResult Mfib::regCleanupTask(const vek::pb::MfibTaskIdArg& arg) {
-  return registerTask(arg, true);
-}
-
-CommandResult Mfib::regMfibTasksForAllWorkers(const vek::pb::MfibTaskIdsArg& arg) {
-  return registerTaskPerWorker(arg, false);
-}
-
-CommandResult Mfib::regCleanupTaskForAllWorkers(const vek::pb::MfibTaskIdsArg& arg) {
-  return registerTaskPerWorker(arg, true);
 }
 
 nlohmann::ordered_json Mfib::dump() const {

@@ -35,12 +35,11 @@ class Mfib final : public TableWithCommands<Mfib> {
   CommandResult setMaxUnresolvedPktBuffers(const vek::pb::SizeArg& arg);
   CommandResult setBridgeMacAddr(const vek::pb::EthernetConfigArg& arg);
   CommandResult setCounterIds(const vek::pb::MfibCounterIdArg& arg);
-  CommandResult regMfibTasks(const vek::pb::MfibTaskIdArg& arg);
-  CommandResult regCleanupTask(const vek::pb::MfibTaskIdArg& arg);
-  CommandResult regMfibTasksForAllWorkers(const vek::pb::MfibTaskIdsArg& arg);
-  CommandResult regCleanupTaskForAllWorkers(const vek::pb::MfibTaskIdsArg& arg);
 
  private:
+  // The two kinds of worker task a FIB module registers; each command names one.
+  enum class TaskKind { noCache, cleanup };
+
   struct Route {
     std::uint64_t iif = 0;
     std::vector<std::pair<std::uint64_t, std::uint32_t>> gates;  // interface id, gate
@@ -59,8 +58,10 @@ class Mfib final : public TableWithCommands<Mfib> {
   static std::optional<std::string> routeKey(const vek::pb::MfibRouteArg& arg);
   // The task of that name, registered now if it is new; a module asking again keeps its ids.
   const Task& task(const std::string& name, bool cleanup, std::uint32_t wid);
-  CommandResult registerTask(const vek::pb::MfibTaskIdArg& arg, bool cleanup);
-  CommandResult registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg, bool cleanup);
+  template <TaskKind kind>
+  CommandResult registerTask(const vek::pb::MfibTaskIdArg& arg);
+  template <TaskKind kind>
+  CommandResult registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg);
 
   ModuleContext context_;
   std::map<std::string, Route> routes_;

@@ -32,7 +32,6 @@ PluginDriver::PluginDriver() : library_(PluginLibrary::instance()) {
 PluginDriver::~PluginDriver() { releaseAgent(); }
 
 void PluginDriver::configure(const AgentSettings& settings) {
-  settings_ = settings;
   for (const auto& [name, on] : settings.toggles) Toggle::overrideIs(name, on);
   Vek::namespaceDutIs(settings.namespaceDut);
   if (settings.bypassTxDemuxer) {
@@ -48,12 +47,16 @@ void PluginDriver::configure(const AgentSettings& settings) {
   model_ = std::make_unique<Dataplane::Model>(workers);
   channel_ = Lumo::makePtr<Vek::CommandChannel>();
   channel_->backendIs(model_.get());
-  pair_ = Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel_);
-  global_ = Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel_);
-  vekcsd_ = Lumo::makePtr<Vek::VekCommonSmData>(workers);
-  vrfIds_ = Lumo::makePtr<VrfNameToIdCollection>();
   state_ = std::make_unique<CentralStateStore>(Lanx::sharedMemManagerName);
   writer_ = std::make_unique<StateWriter>(*state_);
+  const auto vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(workers);
+  agentArgs_ = VekMfaAgentArgs{state_->entityManager(),
+                               Lumo::makePtr<Vek::ModuleConfigStatusPair>(channel_),
+                               Lumo::makePtr<Vek::GrpcGlobalCmdConfig>(channel_),
+                               vekcsd,
+                               vekcsd->managementSm(),
+                               Lumo::makePtr<VrfNameToIdCollection>(),
+                               settings.oru};
 }
 
 void PluginDriver::applyState(const StateChange& change, StateOp op) {
@@ -67,9 +70,7 @@ void PluginDriver::createAgent() {
 }
 
 void PluginDriver::makeAgent() {
-  const VekMfaAgentArgs args{state_->entityManager(), pair_,  global_, vekcsd_,
-                             vekcsd_->managementSm(), vrfIds_, settings_.oru};
-  agent_ = library_.mfaAgentFactory(&args);
+  agent_ = library_.mfaAgentFactory(&agentArgs_);
   if (!agent_) {
     collectTrace();
     throw std::runtime_error("the agent refused to start (see the trace)");
@@ -131,7 +132,7 @@ void PluginDriver::collectTrace() {
   for (const Trace::TraceRecord& record : Trace::recordsSince(traceMark_)) {
     std::string line = record.format();
     while (!line.empty() && line.back() == '\n') line.pop_back();
-    trace_.push_back(std::move(line));
+    trace_.add(std::move(line));
     traceMark_ = record.sequence + 1;
   }
 }
@@ -164,13 +165,12 @@ std::vector<nlohmann::json> PluginDriver::commandsSince(std::size_t mark) {
 
 std::size_t PluginDriver::traceCount() {
   collectTrace();
-  return trace_.size();
+  return trace_.count();
 }
 
 std::vector<std::string> PluginDriver::traceSince(std::size_t mark) {
   collectTrace();
-  if (mark >= trace_.size()) return {};
-  return {trace_.begin() + static_cast<std::ptrdiff_t>(mark), trace_.end()};
+  return trace_.since(mark);
 }
 
 }  // namespace VekHost

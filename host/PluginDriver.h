@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dataplane/Model.h"
+#include "host/MarkedLog.h"
 #include "host/PluginLibrary.h"
 #include "host/ScenarioDriver.h"
 #include "host/StateWriter.h"
@@ -50,21 +51,18 @@ class PluginDriver : public ScenarioDriver {
   void collectTrace();
 
   const PluginLibrary& library_;
-  AgentSettings settings_;
   Lumo::Ptr<Dov::TaskScheduler> scheduler_;
   std::unique_ptr<Dataplane::Model> model_;
   Lumo::Ptr<Vek::CommandChannel> channel_;
-  Lumo::Ptr<Vek::ModuleConfigStatusPair> pair_;
-  Lumo::Ptr<Vek::GrpcGlobalCmdConfig> global_;
-  Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
-  Lumo::Ptr<VrfNameToIdCollection> vrfIds_;
   std::unique_ptr<CentralStateStore> state_;
+  // The shared data handed to every agent made, a restarted one included.
+  VekMfaAgentArgs agentArgs_;
   std::unique_ptr<StateWriter> writer_;
   VekL3Mcast::MfaAgent* agent_ = nullptr;
   // What the hosting agent has started, in order; a restart starts it again.
   std::vector<VrfAf> started_;
   std::uint64_t traceMark_ = 0;
-  std::vector<std::string> trace_;
+  MarkedLog<std::string> trace_;
 };
 
 }  // namespace VekHost

@@ -121,7 +121,11 @@ void McastIntfModuleSm::doFollowVrf(Followers& followers, AddressFamily af,
 void McastIntfModuleSm::handleKernelVrfIntfStatusDir(const Lumo::String& nsName) {
   // Changes of the namespaces' own directories come here too; they name no namespace.
   const auto dir = vrfDeviceIntfStatusDir_->childAs<Interface::DeviceVrfIntfStatusDir>(nsName);
-  if (dir && L3::VrfName::fromNsName(nsName.view())) {
+  const std::optional<L3::VrfName> vrfName = L3::VrfName::fromNsName(nsName.view());
+  if (dir && vrfName) {
+    // A namespace that has just appeared can be entered now; its devices, checked as the
+    // follower starts, then find the VRF's socket open.
+    if (!HN_NestedSm_KernelVrfIntfStatusDir_.has(nsName)) manager_->retryIoctlSocket(*vrfName);
     HN_NestedSm_KernelVrfIntfStatusDir_.smIs(dir);
     return;
   }
@@ -244,6 +248,11 @@ void McastIntfModuleSm::doIntfIdToVlanId(Lanx::IntfId intfId) {
 }
 
 // ---- Review ----
+
+void McastIntfModuleSm::handleNotificationActive() {
+  if (!initialized() || isZombie()) return;
+  if (!changedVrfIntf_.empty() || !changedVrfIntf6_.empty()) doUpdateNextReview();
+}
 
 template <typename Iterator>
 bool McastIntfModuleSm::doReviewOne(Iterator& iter, AddressFamily af) {

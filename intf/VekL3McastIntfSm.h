@@ -6,6 +6,7 @@
 #include "intf/NestedSm_KernelVrfIntfStatusDir.h"
 #include "intf/NestedSm_McastIntfVrfSm.h"
 #include "intf/NestedSm_McastIntfVrfSm6.h"
+#include "intf/NotificationWatch.h"
 #include "intf/VrfIntfPair.h"
 #include "intf/VrfNameAndIntfIdKey.h"
 #include "pipeline/VekL3McastModuleManager.h"
@@ -87,6 +88,9 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
 
   void handleInitialized() override;
   void handleClock() override;
+  // A review that fell due while notification was off was spent doing nothing: the work
+  // still queued asks for one again once notification is back.
+  void handleNotificationActive();
   void handleIntfIdToVlanId(Lanx::IntfId intfId);
   void handleMcastIntfVrf(const L3::VrfName& vrfName);
   void handleMcastIntfVrf6(const L3::VrfName& vrfName);
@@ -218,6 +222,8 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   Qel::SmSubscriber<McastIntfModuleSm> vrfDeviceIntfStatusDirReactor_{
       this, &Qel::reactorDispatch<McastIntfModuleSm, Qel::Dir::kChild,
                                   &McastIntfModuleSm::handleKernelVrfIntfStatusDir>};
+  NotificationWatch<McastIntfModuleSm> notificationWatch_{
+      this, &McastIntfModuleSm::handleNotificationActive};
 };
 
 }  // namespace VekL3Mcast

@@ -36,6 +36,13 @@ McastVrfContainer::McastVrfContainer(McastModuleManager* manager, L3::VrfName vr
 
 McastVrfContainer::~McastVrfContainer() { ioctlFdClose(); }
 
+void McastVrfContainer::ioctlFdIs(int fd) {
+  ioctlFd_ = fd;
+  if (fd < 0) return;
+  for (const Lumo::String& device : allMultiOwed_) allMultiIs(ioctlFd_, device, true);
+  allMultiOwed_.clear();
+}
+
 void McastVrfContainer::ioctlFdClose() noexcept {
   if (ioctlFd_ < 0) return;
   ::close(ioctlFd_);
@@ -234,6 +241,7 @@ Lumo::Ptr<McastIntf> McastVrfContainer::createIntfModule(
     made->createTxModule(deviceName, modulePair);
   }
   allMultiIs(ioctlFd_, deviceName, true);
+  if (ioctlFd_ < 0) allMultiOwed_.push_back(deviceName);
   connectIntfModule(intfId, txOnly);
   return made;
 }
@@ -291,6 +299,7 @@ void McastVrfContainer::deleteIntfModule(Lanx::IntfId intfId, const Lumo::String
   if (!intf(intfId)) return;
   disconnectIntfModule(intfId);
   allMultiIs(ioctlFd_, deviceName, false);
+  std::erase(allMultiOwed_, deviceName);
   intfDel(intfId);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "mfib/VekL3MfibModule.h"
 #include "pipeline/McastAnyRx.h"
@@ -151,7 +152,9 @@ class McastVrfContainer : public Qel::Entity {
 
   // A datagram socket in the VRF's network namespace, for interface flags; -1 until open.
   int ioctlFd() const noexcept { return ioctlFd_; }
-  void ioctlFdIs(int fd) noexcept { ioctlFd_ = fd; }
+  // Takes the socket, and with it sets IFF_ALLMULTI on the devices of the interfaces made
+  // while there was none.
+  void ioctlFdIs(int fd);
   // Closes the socket, if open.
   void ioctlFdClose() noexcept;
 
@@ -177,6 +180,8 @@ class McastVrfContainer : public Qel::Entity {
       pimRegRxAf_;
   Lumo::Ptr<Qel::StateMachine> mMplsOutSm_;
   int ioctlFd_ = -1;
+  // The devices of standing interfaces that were made without a socket.
+  std::vector<Lumo::String> allMultiOwed_;
 };
 
 }  // namespace VekL3Mcast

@@ -8,6 +8,7 @@
 
 #include "proto/vek.pb.h"
 #include "runtime/lanx/SocketAt.h"
+#include "runtime/qel/System.h"
 #include "runtime/trace/Trace.h"
 #include "runtime/vek/ModuleCounters.h"
 
@@ -39,11 +40,34 @@ Lumo::Ptr<McastVrfContainer> McastModuleManager::createVrfContainer(const L3::Vr
   VEK_TRACE(info, " Creating VRF container: {}", vrfName);
   Lumo::Ptr<McastVrfContainer> container = vrfIs(this, vrfName);
   if (container->ioctlFd() < 0) {
-    const int fd = Lanx::socketAt(AF_INET, SOCK_DGRAM, 0, vrfName.nsName());
-    if (fd < 0) VEK_TRACE(err, "ioctl socket error: {}", std::strerror(errno));
-    container->ioctlFdIs(fd);  // still negative after a failure: the next call tries again
+    const auto failed = ioctlSocketRetryAt_.find(vrfName);
+    if (failed == ioctlSocketRetryAt_.end() || Qel::System::currentTime() >= failed->second) {
+      doOpenIoctlSocket(*container);
+    }
   }
   return container;
+}
+
+void McastModuleManager::retryIoctlSocket(const L3::VrfName& vrfName) {
+  if (ioctlSocketRetryAt_.erase(vrfName) == 0) return;
+  const Lumo::Ptr<McastVrfContainer> container = vrf(vrfName);
+  if (container && container->ioctlFd() < 0) doOpenIoctlSocket(*container);
+}
+
+// A missing namespace fails every try alike; trying again only after a pause keeps a burst
+// of interface checks from entering the namespace, and tracing, once each.
+void McastModuleManager::doOpenIoctlSocket(McastVrfContainer& container) {
+  const Lanx::NamespaceName ns = container.vrfName().nsName();
+  const int fd = ioctlSocketOpener_ ? ioctlSocketOpener_(ns)
+                                    : Lanx::socketAt(AF_INET, SOCK_DGRAM, 0, ns);
+  if (fd < 0) {
+    VEK_TRACE(err, "ioctl socket error: {}", std::strerror(errno));
+    ioctlSocketRetryAt_[container.vrfName()] =
+        Qel::System::currentTime() + ioctlSocketRetryInterval;
+    return;
+  }
+  ioctlSocketRetryAt_.erase(container.vrfName());
+  container.ioctlFdIs(fd);
 }
 
 void McastModuleManager::maybeDeleteVrfContainer(const Lumo::Ptr<McastVrfContainer>& container) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
+#include <unordered_map>
 
 #include "pipeline/McastVrfContainer.h"
 #include "pipeline/VekL3IgmpV2Module.h"
@@ -13,6 +15,7 @@
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/state/AddressFamily.h"
 #include "runtime/state/IntfId.h"
+#include "runtime/state/NamespaceName.h"
 #include "runtime/state/PamRxBuf.h"
 #include "runtime/state/VrfId.h"
 #include "runtime/state/VrfName.h"
@@ -41,6 +44,9 @@ class McastModuleManager : public Qel::Entity {
   static constexpr const char* bypassTxDemuxerEnv = "BYPASS_TXDEMUXER";
   static constexpr std::string_view igmpV2Name = "IgmpV2";
   static constexpr std::uint32_t igmpV2Gates = 8192;
+  // A VRF whose namespace could not be entered is tried again no sooner than this, in
+  // seconds, unless its namespace is seen to appear (retryIoctlSocket).
+  static constexpr double ioctlSocketRetryInterval = 1.0;
 
   explicit McastModuleManager(Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair);
   std::string_view typeName() const override { return "VekL3Mcast::McastModuleManager"; }
@@ -48,8 +54,12 @@ class McastModuleManager : public Qel::Entity {
   // ---- Per-VRF elements; a create makes the VRF's container on demand, a delete of the
   // last element removes it. A delete for a VRF or element that is not there does nothing.
 
-  // Finds or makes the container, and opens its socket if that has not worked yet.
+  // Finds or makes the container, and opens its socket if that has not worked yet and the
+  // last failure for the VRF is ioctlSocketRetryInterval old.
   Lumo::Ptr<McastVrfContainer> createVrfContainer(const L3::VrfName& vrfName);
+  // The VRF's namespace has just appeared: the next open does not wait for the interval,
+  // and a container that stands without a socket opens it now.
+  void retryIoctlSocket(const L3::VrfName& vrfName);
   void maybeDeleteVrfContainer(const Lumo::Ptr<McastVrfContainer>& container);
 
   Lumo::Ptr<MfibAf> createMfibModule(Lanx::AddressFamily af, const L3::VrfName& vrfName,
@@ -122,8 +132,16 @@ class McastModuleManager : public Qel::Entity {
   }
   void igmpV2ModuleDel() { igmpV2Module_.del(*this); }
 
+  // Test hook: opens the socket of a namespace in place of the kernel, returning the
+  // descriptor or -1 with errno set. An empty function puts the kernel back.
+  using IoctlSocketOpener = std::function<int(const Lanx::NamespaceName&)>;
+  void ioctlSocketOpenerIsForTest(IoctlSocketOpener opener) {
+    ioctlSocketOpener_ = std::move(opener);
+  }
+
  private:
   void handleInitialized();
+  void doOpenIoctlSocket(McastVrfContainer& container);
 
   Qel::ValueAttr<Lumo::Ptr<Vek::ModuleConfigStatusPair>, kModulePair> modulePair_;
   Qel::ValueAttr<Lumo::Ptr<Lanx::PamRxBuf>, kRxBufSize> rxBufSize_;
@@ -138,6 +156,10 @@ class McastModuleManager : public Qel::Entity {
                          Vek::VekModule::ModuleClass, std::uint32_t, std::uint32_t,
                          google::protobuf::Message*, Lumo::Ptr<Vek::ModuleConfigStatusPair>>
       igmpV2Module_;
+  // When a VRF whose socket failed may try again. It outlives the container, which goes
+  // and comes back with every check of a VRF's only interface.
+  std::unordered_map<L3::VrfName, double> ioctlSocketRetryAt_;
+  IoctlSocketOpener ioctlSocketOpener_;
 };
 
 Lumo::Ptr<McastModuleManager> mcastModuleManagerFactory(

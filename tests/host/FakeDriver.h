@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/IntfIdEncoder.h"
+#include "host/MarkedLog.h"
 #include "host/ScenarioDriver.h"
 
 namespace VekHost {
@@ -30,10 +31,12 @@ class FakeDriver : public ScenarioDriver {
 
   nlohmann::json dump() override { return dataPlane_; }
   std::string dot() override;
-  std::size_t commandCount() override { return commands_.size(); }
-  std::vector<nlohmann::json> commandsSince(std::size_t mark) override;
-  std::size_t traceCount() override { return trace_.size(); }
-  std::vector<std::string> traceSince(std::size_t mark) override;
+  std::size_t commandCount() override { return commands_.count(); }
+  std::vector<nlohmann::json> commandsSince(std::size_t mark) override {
+    return commands_.since(mark);
+  }
+  std::size_t traceCount() override { return trace_.count(); }
+  std::vector<std::string> traceSince(std::size_t mark) override { return trace_.since(mark); }
 
   // A deterministic id for names of the usual forms.
   static IntfIdEncoder intfIdEncoder();
@@ -49,8 +52,8 @@ class FakeDriver : public ScenarioDriver {
   nlohmann::json dataPlane_ = {{"modules", nlohmann::json::object()},
                                {"ports", nlohmann::json::object()},
                                {"errors", nlohmann::json::array()}};
-  std::vector<nlohmann::json> commands_;
-  std::vector<std::string> trace_;
+  MarkedLog<nlohmann::json> commands_;
+  MarkedLog<std::string> trace_;
 };
 
 }  // namespace VekHost

@@ -83,5 +83,19 @@ TEST_F(ReviewTest, ASliceOutOfTimeResumesAtItsBookmarks) {
   EXPECT_TRUE(tracked("Ethernet1") && tracked("Ethernet140"));
 }
 
+TEST_F(ReviewTest, AReviewDueWhileNotificationIsOffRunsWhenItIsBack) {
+  device(red, "Ethernet1", "et1", 1);
+  mcast(AddressFamily::ipv4, red, "Ethernet1");
+  tracker->hasNotificationActiveIs(false);
+  scheduler->settle();  // the wake-up comes and goes unheard
+  ASSERT_FALSE(tracked("Ethernet1"));
+  ASSERT_FALSE(scheduler->nextTimerDue().has_value());
+
+  tracker->hasNotificationActiveIs(true);
+  scheduler->settle();
+  EXPECT_TRUE(tracked("Ethernet1"));
+  EXPECT_TRUE(tracker->changedVrfIntfs(AddressFamily::ipv4).empty());
+}
+
 }  // namespace
 }  // namespace IntfTest
