@@ -356,8 +356,7 @@ void VekL3MfibSm::handleChangedRoutes() {
   std::uint64_t count = 0;
   // A decision only queues commands: nothing adds to or takes from the set while this
   // loop runs (the iterator asserts it), so the keys worked leave together at its end,
-  // and the next run starts at the first key left. The set keeps its room for the next
-  // burst of changes.
+  // and the next run starts at the first key left.
   auto it = changedRoute_.begin();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
@@ -369,7 +368,7 @@ void VekL3MfibSm::handleChangedRoutes() {
   }
   task.taskWorkCountInc(count);
   if (it.done()) {
-    changedRoute_.drainAll();
+    changedRoute_.clear();
   } else if (count > 0) {
     changedRoute_.drainBefore(it->key);
   }

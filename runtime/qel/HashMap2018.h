@@ -163,11 +163,10 @@ class HashMap2018 {
   // Erase the members from the beginning up to, not including, the position of `to`.
   void eraseBefore(const Key& to) { eraseSlots(0, positionOf(to)); }
   // The same for a map that is worked off from its beginning in slices: the storage stays
-  // as it is, as a smaller table would be rebuilt at every slice for members that leave
-  // soon anyway. It stays once the map is empty too, so that a map that fills and drains
-  // in bursts does not grow through every size again at each burst; clear() gives it back.
+  // as it is until the map is empty, as a smaller table would be rebuilt at every slice
+  // for members that leave soon anyway. Kept beyond that, a large table would make every
+  // later pass over a few members scan all of its slots.
   void drainBefore(const Key& to) { eraseSlots(0, positionOf(to), false); }
-  void drainAll() { eraseSlots(0, slots_, false); }
   void clear() {
     releaseStorage();
     bump();
@@ -337,9 +336,7 @@ class HashMap2018 {
     }
     size_ -= erased;
     bump();
-    if (size_ == 0 && !mayShrink) {
-      firstHint_ = slots_;  // a scan for the first member of an empty map starts at its end
-    } else if (size_ == 0) {
+    if (size_ == 0) {
       releaseStorage();
     } else if (mayShrink && bits_ > kMinBits && size_ * 16 < homeSlots(bits_) &&
                size_ < shrinkBelow_) {
