@@ -164,8 +164,7 @@ class HashMap2018 {
   void eraseBefore(const Key& to) { eraseSlots(0, positionOf(to)); }
   // The same for a map that is worked off from its beginning in slices: the storage stays
   // as it is until the map is empty, as a smaller table would be rebuilt at every slice
-  // for members that leave soon anyway. Kept beyond that, a large table would make every
-  // later pass over a few members scan all of its slots.
+  // for members that leave soon anyway.
   void drainBefore(const Key& to) { eraseSlots(0, positionOf(to), false); }
   void clear() {
     releaseStorage();
