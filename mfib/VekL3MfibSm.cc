@@ -383,12 +383,6 @@ void VekL3MfibSm::handleChangedRoutes() {
   }
 }
 
-void VekL3MfibSm::changedRouteDelAll() {
-  Qel::HashSet2018<MfibVrfDirRouteKey> gone;
-  gone.swap(changedRoute_);
-  for (const auto& member : gone) notify(kChangedRoute, &member.key);
-}
-
 Lumo::Ptr<VekL3MfibSm> vekL3MfibSmFactory(L3::VrfName vrfName, Lanx::AddressFamily af, bool oru,
                                           Lumo::Ptr<MfibAf> mfibModule,
                                           Lumo::Ptr<Vek::ModuleConfigStatusPair> configStatusPair,

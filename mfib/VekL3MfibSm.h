@@ -10,8 +10,8 @@
 #include "runtime/dov/TaskAttribute.h"
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/lumo/Ptr.h"
+#include "runtime/qel/BufferedHashSet.h"
 #include "runtime/qel/CollectionAttr.h"
-#include "runtime/qel/HashMap2018.h"
 #include "runtime/qel/NestedSmCollection.h"
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
@@ -112,17 +112,13 @@ class VekL3MfibSm : public Qel::StateMachine {
   void kernelMfibConfigDel();
 
   // Keys waiting to be worked. A key that is there already is not added again, so a key
-  // that changes many times before its turn is worked once.
+  // that changes many times before its turn is worked once. The set is the machine's own
+  // work list: nobody watches it, and its changes are not announced.
   bool changedRouteHas(const MfibVrfDirRouteKey& key) const { return changedRoute_.has(key); }
-  std::size_t changedRouteCount() const noexcept { return changedRoute_.size(); }
-  void changedRouteIs(const MfibVrfDirRouteKey& key) {
-    if (changedRoute_.insert(key).second) notify(kChangedRoute, &key);
-  }
-  void changedRouteDel(const MfibVrfDirRouteKey& key) {
-    const MfibVrfDirRouteKey gone = key;
-    if (changedRoute_.erase(gone)) notify(kChangedRoute, &gone);
-  }
-  void changedRouteDelAll();
+  std::size_t changedRouteCount() const { return changedRoute_.size(); }
+  void changedRouteIs(const MfibVrfDirRouteKey& key) { changedRoute_.insert(key); }
+  void changedRouteDel(const MfibVrfDirRouteKey& key) { changedRoute_.erase(key); }
+  void changedRouteDelAll() { changedRoute_.clear(); }
   // Room for that many waiting keys, made before a walk adds a table's keys in the order
   // the set itself has.
   void changedRouteReserve(std::size_t members) { changedRoute_.reserve(members); }
@@ -182,7 +178,7 @@ class VekL3MfibSm : public Qel::StateMachine {
   const Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
   const Lumo::Ptr<Dov::TaskScheduler> taskScheduler_;
   Qel::NestedSmCollection<VekL3MfibSm, NestedSm_MfibVash, &Status::app> HN_NestedSm_MfibVash_{this};
-  Qel::HashSet2018<MfibVrfDirRouteKey> changedRoute_;
+  Qel::BufferedHashSet<MfibVrfDirRouteKey> changedRoute_;
   Qel::ValueAttr<Bookmark, kBookmark> bookmark_;
   Qel::ValueAttr<bool, kReviewedOnce> reviewedOnce_;
   Qel::ValueAttr<bool, kInitialized> initialized_;

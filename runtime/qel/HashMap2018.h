@@ -101,34 +101,30 @@ class HashMap2018 {
   // member and whether it was added.
   template <typename... ValueArgs>
   std::pair<Entry*, bool> insert(const Key& key, ValueArgs&&... valueArgs) {
-    const std::uint64_t hash = hashOf(key);
-    if (slots_ == 0) grow();
-    // Look first: a key that is present may alias one of our own members.
-    Location at = locate(hash, key);
-    if (at.found) return {&entries_[at.index], false};
-    // Made before anything moves, so that a throwing constructor leaves the map whole.
-    Entry made{key, std::forward<ValueArgs>(valueArgs)...};
-    if (needsGrowth(size_ + 1)) {
-      grow();
-      at = locate(hash, key);
-    }
-    for (;;) {
-      std::size_t free = at.index;
-      while (free < slots_ && hashes_[free] != kEmpty) ++free;
-      if (free < slots_) {
-        for (std::size_t i = free; i > at.index; --i) moveSlot(i - 1, i);
-        break;
-      }
-      grow();  // the run would spill past the overflow slots
-      at = locate(hash, key);
-    }
-    new (&entries_[at.index]) Entry(std::move(made));
-    hashes_[at.index] = hash;
-    firstHint_ = std::min(firstHint_, at.index);
-    ++size_;
-    bump();
-    return {&entries_[at.index], true};
+    return insertHashed(hashOf(key), key, std::forward<ValueArgs>(valueArgs)...);
   }
+  // Adds every key that is absent, in order. In a map far larger than the cache each
+  // insertion waits for its slot to come from memory; here the hashes are made first and
+  // the slots of the keys a few places ahead are fetched while the earlier ones go in, so
+  // those waits overlap.
+  template <typename V = Value>
+    requires std::is_void_v<V>
+  void insertMany(const Key* keys, std::size_t count) {
+    constexpr std::size_t kChunk = 64;
+    constexpr std::size_t kAhead = 16;
+    std::uint64_t hashes[kChunk];
+    for (std::size_t first = 0; first < count; first += kChunk) {
+      const std::size_t n = std::min(kChunk, count - first);
+      for (std::size_t i = 0; i < n; ++i) hashes[i] = hashOf(keys[first + i]);
+      if (needsGrowth(size_ + n)) reserve(size_ + n);
+      for (std::size_t i = 0; i < std::min(n, kAhead); ++i) prefetchHome(hashes[i]);
+      for (std::size_t i = 0; i < n; ++i) {
+        if (i + kAhead < n) prefetchHome(hashes[i + kAhead]);
+        insertHashed(hashes[i], keys[first + i]);
+      }
+    }
+  }
+
   // Adds the member or replaces the value of the one there.
   template <typename V = Value>
     requires(!std::is_void_v<V>)
@@ -279,6 +275,44 @@ class HashMap2018 {
       }
     }
     return {i, runStart, false};
+  }
+  void prefetchHome(std::uint64_t hash) const noexcept {
+    const std::size_t at = home(hash);
+    __builtin_prefetch(&hashes_[at], 1);
+    // An insertion writes the entry at its home or a slot or two on.
+    const char* entry = reinterpret_cast<const char*>(&entries_[at]);
+    __builtin_prefetch(entry, 1);
+    __builtin_prefetch(entry + 64, 1);
+  }
+  template <typename... ValueArgs>
+  std::pair<Entry*, bool> insertHashed(std::uint64_t hash, const Key& key,
+                                       ValueArgs&&... valueArgs) {
+    if (slots_ == 0) grow();
+    // Look first: a key that is present may alias one of our own members.
+    Location at = locate(hash, key);
+    if (at.found) return {&entries_[at.index], false};
+    // Made before anything moves, so that a throwing constructor leaves the map whole.
+    Entry made{key, std::forward<ValueArgs>(valueArgs)...};
+    if (needsGrowth(size_ + 1)) {
+      grow();
+      at = locate(hash, key);
+    }
+    for (;;) {
+      std::size_t free = at.index;
+      while (free < slots_ && hashes_[free] != kEmpty) ++free;
+      if (free < slots_) {
+        for (std::size_t i = free; i > at.index; --i) moveSlot(i - 1, i);
+        break;
+      }
+      grow();  // the run would spill past the overflow slots
+      at = locate(hash, key);
+    }
+    new (&entries_[at.index]) Entry(std::move(made));
+    hashes_[at.index] = hash;
+    firstHint_ = std::min(firstHint_, at.index);
+    ++size_;
+    bump();
+    return {&entries_[at.index], true};
   }
   // The slot index of a key's position: its own slot, or the first slot after every
   // member ordered before it. Among equal hashes of unordered keys an absent key stands

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "runtime/qel/HashMap2018.h"
+
+namespace Qel {
+
+// A hash set whose additions wait in a short list and go in together, `kBatch` at a
+// time or whenever the set is read. A work list that grows to a million keys is mostly
+// written one key at a time by reactors, and there every single insertion would wait for
+// its slot to come from memory; a batch fetches the slots of several keys at once.
+//
+// The content is the set and the list together: every read (has, size, iteration, a
+// removal) takes the list in first. So a key added twice is still one member, and the
+// order is the set's own hash order. Reads are const and may take the list in: the
+// collection belongs to one thread, like the rest of the machine that holds it.
+template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
+class BufferedHashSet {
+ public:
+  using Set = HashSet2018<Key, TypeConstant>;
+  using UnsafeIteratorConst = typename Set::UnsafeIteratorConst;
+  static constexpr std::size_t kBatch = 256;
+
+  BufferedHashSet() { waiting_.reserve(kBatch); }
+
+  void insert(const Key& key) {
+    // The same key again and again (a route that flaps) takes one place.
+    if (!waiting_.empty() && waiting_.back() == key) return;
+    waiting_.push_back(key);
+    if (waiting_.size() >= kBatch) takeIn();
+  }
+  bool has(const Key& key) const { return members().has(key); }
+  std::size_t size() const { return members().size(); }
+  bool empty() const { return waiting_.empty() && set_.empty(); }
+  bool erase(const Key& key) { return mutableMembers().erase(key); }
+  void clear() {
+    waiting_.clear();
+    set_.clear();
+  }
+  void reserve(std::size_t members) { mutableMembers().reserve(members); }
+  // Erases the members before the position of `to`, keeping the storage (see the map).
+  void drainBefore(const Key& to) { mutableMembers().drainBefore(to); }
+  void swap(BufferedHashSet& other) noexcept {
+    set_.swap(other.set_);
+    waiting_.swap(other.waiting_);
+  }
+
+  UnsafeIteratorConst begin() const { return members().begin(); }
+  UnsafeIteratorConst end() const { return members().end(); }
+
+  // The members, the waiting keys taken in.
+  const Set& members() const {
+    takeIn();
+    return set_;
+  }
+
+ private:
+  Set& mutableMembers() {
+    takeIn();
+    return set_;
+  }
+  // A throw while growing leaves the keys not yet in waiting: taking one in twice is
+  // harmless.
+  void takeIn() const {
+    if (waiting_.empty()) return;
+    set_.insertMany(waiting_.data(), waiting_.size());
+    waiting_.clear();
+  }
+
+  mutable Set set_;
+  mutable std::vector<Key> waiting_;
+};
+
+}  // namespace Qel
