@@ -13,6 +13,8 @@ class SchedulingPolicy {
     double start = 0;
     std::uint64_t asks = 0;
     unsigned depth = 0;
+    // The ask at which a policy that reads a clock reads it next.
+    std::uint64_t nextClockRead = 0;
   };
 
   virtual ~SchedulingPolicy() = default;

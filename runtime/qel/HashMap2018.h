@@ -110,7 +110,7 @@ class HashMap2018 {
   template <typename V = Value>
     requires std::is_void_v<V>
   void insertMany(const Key* keys, std::size_t count) {
-    constexpr std::size_t kChunk = 64;
+    constexpr std::size_t kChunk = 256;
     constexpr std::size_t kAhead = 16;
     std::uint64_t hashes[kChunk];
     for (std::size_t first = 0; first < count; first += kChunk) {

@@ -2,6 +2,7 @@
 
 #include <google/protobuf/message.h>
 
+#include <cstddef>
 #include <memory>
 
 #include "runtime/lumo/Node.h"
@@ -27,6 +28,12 @@ class ModuleCmdBase : public Lumo::Node {
   }
   ModuleCmdBase(const ModuleCmdBase&) = delete;
   ModuleCmdBase& operator=(const ModuleCmdBase&) = delete;
+
+  // Commands come and go by the thousands between two pumps of the channel, far more than
+  // the allocator's per-thread cache holds: the blocks of those that went are kept for the
+  // next ones.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* block, std::size_t size) noexcept;
 
   const Lumo::String& moduleName() const noexcept { return moduleName_; }
   const Lumo::String& cmdName() const noexcept { return cmdName_; }

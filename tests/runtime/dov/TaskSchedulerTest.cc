@@ -132,6 +132,20 @@ TEST(YieldTest, RealTimeYieldsWhenTheQuantumIsUsed) {
                Lumo::Exception);
 }
 
+// Asks come far faster than the clock is read: the answer still turns only once the
+// share is used.
+TEST(YieldTest, RealTimeAnswersManyAsksAndYieldsOnlyAfterTheQuantum) {
+  auto scheduler = Dov::TaskScheduler::makeRealTime(0.002);
+  std::uint64_t asks = 0;
+  RunProbe p(makeTask(scheduler, 3, "rt"), [&] {
+    while (!p.task().taskShouldYield()) ++asks;
+  });
+  const double start = Dov::RealTimePolicy::monotonicTime();
+  p.task().runNow();
+  EXPECT_GE(Dov::RealTimePolicy::monotonicTime() - start, 0.002);
+  EXPECT_GT(asks, 100u);
+}
+
 // --- timers and simulated time
 
 struct Alarm : Dov::Timer {

@@ -1,0 +1,51 @@
+#include "runtime/vek/ModuleCmdBase.h"
+
+#include <new>
+#include <thread>
+#include <vector>
+
+namespace Vek {
+
+namespace {
+
+// Blocks of commands that went, kept for the thread that first made a command (the agent's).
+// The list is never destroyed: commands may still go while the process exits. Under the
+// address sanitizer nothing is kept, so that a command used after it went is caught.
+struct KeptBlocks {
+  static constexpr std::size_t kMost = 4096;
+  KeptBlocks() { blocks.reserve(kMost); }
+  std::thread::id owner = std::this_thread::get_id();
+  std::vector<void*> blocks;  // never grows past its first room: no throw on the way back
+};
+
+KeptBlocks* keptBlocksOfThisThread() {
+#if defined(__SANITIZE_ADDRESS__)
+  return nullptr;
+#else
+  static KeptBlocks* const kept = new KeptBlocks;
+  return kept->owner == std::this_thread::get_id() ? kept : nullptr;
+#endif
+}
+
+}  // namespace
+
+void* ModuleCmdBase::operator new(std::size_t size) {
+  KeptBlocks* kept = size == sizeof(ModuleCmdBase) ? keptBlocksOfThisThread() : nullptr;
+  if (kept && !kept->blocks.empty()) {
+    void* block = kept->blocks.back();
+    kept->blocks.pop_back();
+    return block;
+  }
+  return ::operator new(size);
+}
+
+void ModuleCmdBase::operator delete(void* block, std::size_t size) noexcept {
+  KeptBlocks* kept = size == sizeof(ModuleCmdBase) ? keptBlocksOfThisThread() : nullptr;
+  if (kept && kept->blocks.size() < KeptBlocks::kMost) {
+    kept->blocks.push_back(block);
+    return;
+  }
+  ::operator delete(block, size);
+}
+
+}  // namespace Vek
