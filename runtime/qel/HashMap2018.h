@@ -280,9 +280,8 @@ class HashMap2018 {
     const std::size_t at = home(hash);
     __builtin_prefetch(&hashes_[at], 1);
     // An insertion writes the entry at its home or a slot or two on.
-    const char* entry = reinterpret_cast<const char*>(&entries_[at]);
-    __builtin_prefetch(entry, 1);
-    __builtin_prefetch(entry + 64, 1);
+    __builtin_prefetch(&entries_[at], 1);
+    if (at + 2 < slots_) __builtin_prefetch(&entries_[at + 2], 1);
   }
   template <typename... ValueArgs>
   std::pair<Entry*, bool> insertHashed(std::uint64_t hash, const Key& key,
