@@ -50,13 +50,16 @@ class IpGenAddr {
 
   // Dotted or RFC 5952 text; "none" without family.
   std::string toString() const;
-  std::size_t hash() const noexcept {
+  std::size_t hash() const noexcept { return hashMix64(hashWord()); }
+  // The address and its family folded into one word, not yet mixed: for keys made of
+  // several addresses that mix once for all of them.
+  std::uint64_t hashWord() const noexcept {
     std::uint64_t high = 0;
     std::uint64_t low = 0;
     std::memcpy(&high, bytes_.data(), sizeof(high));
     std::memcpy(&low, bytes_.data() + sizeof(high), sizeof(low));
     // The low half is multiplied first, so that equal halves do not cancel each other.
-    return hashMix64((high ^ (low * 0x9e3779b97f4a7c15ULL)) + static_cast<std::uint64_t>(family_));
+    return (high ^ (low * 0x9e3779b97f4a7c15ULL)) + static_cast<std::uint64_t>(family_);
   }
 
   friend bool operator==(const IpGenAddr&, const IpGenAddr&) noexcept = default;

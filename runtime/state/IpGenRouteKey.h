@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -28,7 +29,13 @@ class IpGenRouteKey {
   // "<source>,<group>", with "*" for the source of a *,G route: the key of the route in the
   // data plane's table dump.
   std::string toString() const;
-  std::size_t hash() const noexcept { return Lanx::hashCombine(source_.hash(), group_.hash()); }
+  // A route key is hashed at every step of a changed route (the reactor's record, the
+  // table's lookup), and the hash collections mix what they are given once more: so the
+  // source is mixed once and the group only multiplied, a third of the cost of mixing
+  // each part on its own.
+  std::size_t hash() const noexcept {
+    return Lanx::hashMix64(prefixWord(source_)) ^ (prefixWord(group_) * 0xc2b2ae3d27d4eb4fULL);
+  }
 
   friend bool operator==(const IpGenRouteKey&, const IpGenRouteKey&) noexcept = default;
   friend std::strong_ordering operator<=>(const IpGenRouteKey&,
@@ -38,6 +45,10 @@ class IpGenRouteKey {
   }
 
  private:
+  static std::uint64_t prefixWord(const Lanx::IpGenPrefix& prefix) noexcept {
+    return prefix.addr().hashWord() ^ (std::uint64_t{prefix.length()} * 0x9ddfea08eb382d69ULL);
+  }
+
   Lanx::IpGenPrefix source_;
   Lanx::IpGenPrefix group_;
 };
