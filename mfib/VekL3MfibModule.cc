@@ -27,13 +27,18 @@ struct CmdName {
   const Lumo::String regCleanupTaskForAllWorkers{"regCleanupTaskForAllWorkers"};
 };
 
-// Route messages kept for reuse: more than a task run's worth of routes between two
-// deliveries of the channel.
-constexpr std::size_t routeArgsKept = 4096;
-
 const CmdName& cmdName() {
   static const CmdName names;
   return names;
+}
+
+// One pool of route messages for every FIB module of the agent: routes come from one task
+// run at a time, and what is kept does not grow with the number of VRFs. It holds more
+// than a run's worth of routes between two deliveries of the channel (a 1 ms run makes
+// four to five thousand on a slow machine), about 5 MB when full.
+const Lumo::Ptr<Vek::MessagePool<vek::pb::MfibRouteArg>>& sharedRouteArgPool() {
+  static const auto pool = Lumo::makePtr<Vek::MessagePool<vek::pb::MfibRouteArg>>(16384);
+  return pool;
 }
 
 void setAddress(std::string* field, const Lanx::IpGenPrefix& prefix) {
@@ -64,7 +69,7 @@ MfibAf::MfibAf(Lumo::String name, Vek::VekModule::ModuleClass moduleClass,
                   reservedOutGates, initArgs, std::move(configStatusPair)),
       vrfName_(std::move(vrfName)),
       af_(af),
-      routeArgPool_(Lumo::makePtr<Vek::MessagePool<vek::pb::MfibRouteArg>>(routeArgsKept)) {}
+      routeArgPool_(sharedRouteArgPool()) {}
 
 MfibAf::~MfibAf() = default;
 

@@ -127,7 +127,8 @@ class MfibAf : public Vek::Module {
   Vek::GateId txDemuxerGateId_;
   bool testingEnabled_ = false;
   Qel::HashMap2018<Lanx::IntfId, Vek::GateId> intfIdToOutGateIdForTest_;
-  // Route messages come back here from delivered commands and are built again in place.
+  // Route messages come back here from delivered commands and are built again in place;
+  // the pool is shared by every FIB module.
   Lumo::Ptr<Vek::MessagePool<vek::pb::MfibRouteArg>> routeArgPool_;
 };
 
