@@ -354,9 +354,10 @@ void VekL3MfibSm::handleChangedRoutes() {
   VEK_TRACE(info, "Starting/resuming review of changed routes");
   Dov::Task& task = *task_.get();
   std::uint64_t count = 0;
-  // A decision only queues commands: nothing adds to or takes from the set while this
-  // loop runs (the iterator asserts it), so the keys worked leave together at its end,
-  // and the next run starts at the first key left.
+  // A decision only queues commands: nothing changes the set while this loop runs (the
+  // iterator asserts it), so the keys worked leave together at its end, and the next run
+  // starts at the first key left. A key recorded meanwhile would wait in the set's list,
+  // which the drain leaves alone, for the next run.
   auto it = changedRoute_.begin();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
@@ -368,7 +369,7 @@ void VekL3MfibSm::handleChangedRoutes() {
   }
   task.taskWorkCountInc(count);
   if (it.done()) {
-    changedRoute_.clear();
+    changedRoute_.drainAll();
   } else if (count > 0) {
     changedRoute_.drainBefore(it->key);
   }

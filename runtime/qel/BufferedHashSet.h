@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -13,10 +14,14 @@ namespace Qel {
 // written one key at a time by reactors, and there every single insertion would wait for
 // its slot to come from memory; a batch fetches the slots of several keys at once.
 //
-// The content is the set and the list together: every read (has, size, iteration, a
-// removal) takes the list in first. So a key added twice is still one member, and the
-// order is the set's own hash order. Reads are const and may take the list in: the
-// collection belongs to one thread, like the rest of the machine that holds it.
+// The content is the set and the list together: every read (has, size, iteration, erase)
+// takes the list in first. So a key added twice is still one member, and the order is
+// the set's own hash order. Reads are const and may take the list in: the collection
+// belongs to one thread, like the rest of the machine that holds it.
+//
+// A pass works the set from its beginning (begin() takes the list in) and then drops what
+// it worked with drainBefore or drainAll. Those leave the keys added since the pass began
+// waiting, so that a key that changes during a pass is worked by the next one.
 template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
 class BufferedHashSet {
  public:
@@ -35,14 +40,18 @@ class BufferedHashSet {
   bool has(const Key& key) const { return members().has(key); }
   std::size_t size() const { return members().size(); }
   bool empty() const { return waiting_.empty() && set_.empty(); }
-  bool erase(const Key& key) { return mutableMembers().erase(key); }
+  // By value: taking the list in may move the member a reference would point at.
+  bool erase(Key key) { return mutableMembers().erase(key); }
   void clear() {
     waiting_.clear();
     set_.clear();
   }
   void reserve(std::size_t members) { mutableMembers().reserve(members); }
-  // Erases the members before the position of `to`, keeping the storage (see the map).
-  void drainBefore(const Key& to) { mutableMembers().drainBefore(to); }
+  // Erases the members taken in that stand before the position of `to`, keeping the
+  // storage (see the map); keys still waiting stay.
+  void drainBefore(const Key& to) { set_.drainBefore(to); }
+  // Erases every member taken in; keys still waiting stay.
+  void drainAll() { set_.clear(); }
   void swap(BufferedHashSet& other) noexcept {
     set_.swap(other.set_);
     waiting_.swap(other.waiting_);
