@@ -36,8 +36,10 @@ bool RealTimePolicy::shouldYield() {
   constexpr double kShareBetweenReads = 0.01;
   constexpr double kMostAsksBetweenReads = 64;
   const double perAsk = used / static_cast<double>(run_.asks);
-  const double asks = perAsk > 0 ? quantum_ * kShareBetweenReads / perAsk : kMostAsksBetweenReads;
-  run_.nextClockRead = run_.asks + static_cast<std::uint64_t>(std::clamp(asks, 1.0, kMostAsksBetweenReads));
+  const double asks =
+      perAsk > 0 ? quantum_ * kShareBetweenReads / perAsk : kMostAsksBetweenReads;
+  run_.nextClockRead =
+      run_.asks + static_cast<std::uint64_t>(std::clamp(asks, 1.0, kMostAsksBetweenReads));
   return false;
 }
 
