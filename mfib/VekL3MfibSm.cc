@@ -237,10 +237,12 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
       route = table->routeFind(key);
       VEK_TRACE(debug, "Found alternate route {} from vash table {}", key, best);
     }
-  } else if (!hint && adapter.heldByPreferred(mfibAppKey, key)) {
-    // Not the best route (this table holds it, a preferred one too). The better
-    // application's route has a change of its own. A route given by the walk of all
-    // routes needs no asking: the walk gives each key from the table of its best route.
+  }
+  // A table behind a preferred one that holds the key decides nothing, whether it holds
+  // the key or has just let it go: the module has the better application's route, which
+  // has changes of its own. A route given by the walk of all routes needs no asking: the
+  // walk gives each key from the table of its best route.
+  if (route && !hint && adapter.heldByPreferred(mfibAppKey, key)) {
     VEK_TRACE(debug, "{} does not contain the best route for {}", mfibAppKey, key);
     return;
   }

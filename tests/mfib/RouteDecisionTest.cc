@@ -41,6 +41,14 @@ TEST_F(RouteDecisionTest, OnlyTheBestApplicationsRouteReachesTheModule) {
   settle();
   EXPECT_THAT(routeCommands(), IsEmpty());
 
+  // The worse application lets go, and comes back: the module keeps the best route.
+  table(MfibAppType::igmp)->routeDel(k);
+  settle();
+  EXPECT_THAT(routeCommands(), IsEmpty());
+  table(MfibAppType::igmp)->routeIs(route(k, "Ethernet2", {"Ethernet3", "Ethernet4"}));
+  settle();
+  EXPECT_THAT(routeCommands(), IsEmpty());
+
   // The best one lets go: the other's route takes its place, with no delete between.
   const auto mark = Trace::mark();
   table(MfibAppType::pim)->routeDel(k);
