@@ -33,7 +33,11 @@ TEST_F(TablesTest, AVlanPastTheLastIsRefusedAndChangesNothing) {
   device(red, "Vlan10", "vlan10", 20);
   mcast(AddressFamily::ipv4, red, "Vlan10");
   vlanTable->intfIdToVlanIdIs(Lanx::IntfId("Vlan10"), Bridging::VlanIdOrNone(10));
+  // Tracked, so that only the refusal keeps its entry out of the demultiplexer.
+  device(red, "Vlan4095", "vlan4095", 21);
+  mcast(AddressFamily::ipv4, red, "Vlan4095");
   scheduler->settle();
+  ASSERT_TRUE(tracked("Vlan4095"));
   const auto mark = Trace::mark();
   const auto before = table("TxDemuxer");
   vlanTable->intfIdToVlanIdIs(Lanx::IntfId("Vlan4095"), Bridging::VlanIdOrNone(20));
