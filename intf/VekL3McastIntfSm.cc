@@ -123,9 +123,6 @@ void McastIntfModuleSm::handleKernelVrfIntfStatusDir(const Lumo::String& nsName)
   const auto dir = vrfDeviceIntfStatusDir_->childAs<Interface::DeviceVrfIntfStatusDir>(nsName);
   const std::optional<L3::VrfName> vrfName = L3::VrfName::fromNsName(nsName.view());
   if (dir && vrfName) {
-    // A namespace that has just appeared can be entered now; its devices, checked as the
-    // follower starts, then find the VRF's socket open.
-    if (!HN_NestedSm_KernelVrfIntfStatusDir_.has(nsName)) manager_->retryIoctlSocket(*vrfName);
     HN_NestedSm_KernelVrfIntfStatusDir_.smIs(dir);
     return;
   }

@@ -36,13 +36,6 @@ McastVrfContainer::McastVrfContainer(McastModuleManager* manager, L3::VrfName vr
 
 McastVrfContainer::~McastVrfContainer() { ioctlFdClose(); }
 
-void McastVrfContainer::ioctlFdIs(int fd) {
-  ioctlFd_ = fd;
-  if (fd < 0) return;
-  for (const Lumo::String& device : allMultiOwed_) allMultiIs(ioctlFd_, device, true);
-  allMultiOwed_.clear();
-}
-
 void McastVrfContainer::ioctlFdClose() noexcept {
   if (ioctlFd_ < 0) return;
   ::close(ioctlFd_);
@@ -143,10 +136,9 @@ void McastVrfContainer::connectMcastAnyRxSet() {
     const Lumo::Ptr<McastAnyRx>& rx = member.value;
     rx->rxModule()->connectModule(rx->metaDataModule());
     for (const auto& mfib : mfibModules()) connectMcastAnyRxMfib(rx, mfib.value);
-    // Every receive type feeds IGMPv2 alike, once IGMPv2 serves the VRF: a VRF started for
-    // IPv6 alone has no IGMP, and the IPv4 start connects the set when it comes.
-    const Lumo::Ptr<IgmpV2>& igmp = igmpV2();
-    if (igmp && igmp->vrfHas(vrfName_)) connectMcastAnyRxIgmpV2(rx, igmp);
+    // Every receive type of every VRF feeds IGMPv2 alike while the module exists, whether or
+    // not it serves this VRF: the module tells the VRFs apart by the metadata's VRF id.
+    if (const Lumo::Ptr<IgmpV2>& igmp = igmpV2()) connectMcastAnyRxIgmpV2(rx, igmp);
   }
 }
 
@@ -241,7 +233,6 @@ Lumo::Ptr<McastIntf> McastVrfContainer::createIntfModule(
     made->createTxModule(deviceName, modulePair);
   }
   allMultiIs(ioctlFd_, deviceName, true);
-  if (ioctlFd_ < 0) allMultiOwed_.push_back(deviceName);
   connectIntfModule(intfId, txOnly);
   return made;
 }
@@ -299,7 +290,6 @@ void McastVrfContainer::deleteIntfModule(Lanx::IntfId intfId, const Lumo::String
   if (!intf(intfId)) return;
   disconnectIntfModule(intfId);
   allMultiIs(ioctlFd_, deviceName, false);
-  std::erase(allMultiOwed_, deviceName);
   intfDel(intfId);
 }
 

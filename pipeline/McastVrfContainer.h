@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "mfib/VekL3MfibModule.h"
 #include "pipeline/McastAnyRx.h"
@@ -152,9 +151,9 @@ class McastVrfContainer : public Qel::Entity {
 
   // A datagram socket in the VRF's network namespace, for interface flags; -1 until open.
   int ioctlFd() const noexcept { return ioctlFd_; }
-  // Takes the socket, and with it sets IFF_ALLMULTI on the devices of the interfaces made
-  // while there was none.
-  void ioctlFdIs(int fd);
+  // Takes the socket, or -1 after a failure to open it. An interface made without one keeps
+  // its device's flags as they are.
+  void ioctlFdIs(int fd) noexcept { ioctlFd_ = fd; }
   // Closes the socket, if open.
   void ioctlFdClose() noexcept;
 
@@ -180,8 +179,6 @@ class McastVrfContainer : public Qel::Entity {
       pimRegRxAf_;
   Lumo::Ptr<Qel::StateMachine> mMplsOutSm_;
   int ioctlFd_ = -1;
-  // The devices of standing interfaces that were made without a socket.
-  std::vector<Lumo::String> allMultiOwed_;
 };
 
 }  // namespace VekL3Mcast

@@ -8,7 +8,6 @@
 
 #include "proto/vek.pb.h"
 #include "runtime/lanx/SocketAt.h"
-#include "runtime/qel/System.h"
 #include "runtime/trace/Trace.h"
 #include "runtime/vek/ModuleCounters.h"
 
@@ -40,34 +39,13 @@ Lumo::Ptr<McastVrfContainer> McastModuleManager::createVrfContainer(const L3::Vr
   VEK_TRACE(info, " Creating VRF container: {}", vrfName);
   Lumo::Ptr<McastVrfContainer> container = vrfIs(this, vrfName);
   if (container->ioctlFd() < 0) {
-    const auto failed = ioctlSocketRetryAt_.find(vrfName);
-    if (failed == ioctlSocketRetryAt_.end() || Qel::System::currentTime() >= failed->second) {
-      doOpenIoctlSocket(*container);
-    }
+    const Lanx::NamespaceName ns = vrfName.nsName();
+    const int fd = ioctlSocketOpener_ ? ioctlSocketOpener_(ns)
+                                      : Lanx::socketAt(AF_INET, SOCK_DGRAM, 0, ns);
+    if (fd < 0) VEK_TRACE(err, "ioctl socket error: {}", std::strerror(errno));
+    container->ioctlFdIs(fd);
   }
   return container;
-}
-
-void McastModuleManager::retryIoctlSocket(const L3::VrfName& vrfName) {
-  if (ioctlSocketRetryAt_.erase(vrfName) == 0) return;
-  const Lumo::Ptr<McastVrfContainer> container = vrf(vrfName);
-  if (container && container->ioctlFd() < 0) doOpenIoctlSocket(*container);
-}
-
-// A missing namespace fails every try alike; trying again only after a pause keeps a burst
-// of interface checks from entering the namespace, and tracing, once each.
-void McastModuleManager::doOpenIoctlSocket(McastVrfContainer& container) {
-  const Lanx::NamespaceName ns = container.vrfName().nsName();
-  const int fd = ioctlSocketOpener_ ? ioctlSocketOpener_(ns)
-                                    : Lanx::socketAt(AF_INET, SOCK_DGRAM, 0, ns);
-  if (fd < 0) {
-    VEK_TRACE(err, "ioctl socket error: {}", std::strerror(errno));
-    ioctlSocketRetryAt_[container.vrfName()] =
-        Qel::System::currentTime() + ioctlSocketRetryInterval;
-    return;
-  }
-  ioctlSocketRetryAt_.erase(container.vrfName());
-  container.ioctlFdIs(fd);
 }
 
 void McastModuleManager::maybeDeleteVrfContainer(const Lumo::Ptr<McastVrfContainer>& container) {
@@ -147,16 +125,28 @@ Lumo::Ptr<IgmpV2> McastModuleManager::createIgmpV2Module(
     const Vek::CounterId unknownVrf = Vek::allocateModulePacketCounter(
         made, vekcsd, "Igmpv2_Unknown_Vrf", Vek::counterUnitPackets);
     made->setCounterIds(pkt, unknownProto, unknownVrf);
+    // The module comes last for the receive sets of every VRF, also of those started for
+    // IPv6 alone: it joins them all, as each set joins the module when the set comes last.
+    for (const auto& container : vrfs()) doWireIgmpV2(*container.value, true);
   }
   const Lumo::Ptr<IgmpV2>& igmpV2 = igmpV2Module();
   igmpV2->addVrf(vrfName, vrfId);
-  const Lumo::Ptr<McastVrfContainer> container = vrf(vrfName);
-  if (container && container->mcastAnyRxSet()) {
-    for (const auto& rx : container->mcastAnyRxSet()->mcastAnyRx()) {
-      container->connectMcastAnyRxIgmpV2(rx.value, igmpV2);
-    }
+  if (const Lumo::Ptr<McastVrfContainer> container = vrf(vrfName)) {
+    doWireIgmpV2(*container, true);
   }
   return igmpV2;
+}
+
+void McastModuleManager::doWireIgmpV2(McastVrfContainer& container, bool connect) {
+  const Lumo::Ptr<McastAnyRxSet>& set = container.mcastAnyRxSet();
+  if (!set) return;
+  for (const auto& rx : set->mcastAnyRx()) {
+    if (connect) {
+      container.connectMcastAnyRxIgmpV2(rx.value, igmpV2Module());
+    } else {
+      container.disconnectMcastAnyRxIgmpV2(rx.value, igmpV2Module());
+    }
+  }
 }
 
 void McastModuleManager::deleteIgmpV2Module(Lanx::AddressFamily af, const L3::VrfName& vrfName,
@@ -164,16 +154,11 @@ void McastModuleManager::deleteIgmpV2Module(Lanx::AddressFamily af, const L3::Vr
                                             const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd) {
   const Lumo::Ptr<IgmpV2> igmpV2 = igmpV2Module();
   if (!igmpV2) return;
-  if (af == Lanx::AddressFamily::ipv4) {
-    igmpV2->delVrf(vrfName, vrfId);
-    const Lumo::Ptr<McastVrfContainer> container = vrf(vrfName);
-    if (container && container->mcastAnyRxSet()) {
-      for (const auto& rx : container->mcastAnyRxSet()->mcastAnyRx()) {
-        container->disconnectMcastAnyRxIgmpV2(rx.value, igmpV2);
-      }
-    }
-  }
+  // A VRF that leaves the module keeps its receive set's links while the module stays, as a
+  // set made now would have them; the module's going takes the links of every set.
+  if (af == Lanx::AddressFamily::ipv4) igmpV2->delVrf(vrfName, vrfId);
   if (igmpV2->vrfs().empty()) {
+    for (const auto& container : vrfs()) doWireIgmpV2(*container.value, false);
     VEK_TRACE(info, "Deleting IgmpV2 module");
     Vek::freeModuleCounters(igmpV2, vekcsd);
     igmpV2ModuleDel();

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <string_view>
-#include <unordered_map>
 
 #include "pipeline/McastVrfContainer.h"
 #include "pipeline/VekL3IgmpV2Module.h"
@@ -44,9 +43,6 @@ class McastModuleManager : public Qel::Entity {
   static constexpr const char* bypassTxDemuxerEnv = "BYPASS_TXDEMUXER";
   static constexpr std::string_view igmpV2Name = "IgmpV2";
   static constexpr std::uint32_t igmpV2Gates = 8192;
-  // A VRF whose namespace could not be entered is tried again no sooner than this, in
-  // seconds, unless its namespace is seen to appear (retryIoctlSocket).
-  static constexpr double ioctlSocketRetryInterval = 1.0;
 
   explicit McastModuleManager(Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair);
   std::string_view typeName() const override { return "VekL3Mcast::McastModuleManager"; }
@@ -54,12 +50,9 @@ class McastModuleManager : public Qel::Entity {
   // ---- Per-VRF elements; a create makes the VRF's container on demand, a delete of the
   // last element removes it. A delete for a VRF or element that is not there does nothing.
 
-  // Finds or makes the container, and opens its socket if that has not worked yet and the
-  // last failure for the VRF is ioctlSocketRetryInterval old.
+  // Finds or makes the container, and opens its socket if that has not worked yet: a
+  // namespace that could not be entered is tried again at the next call.
   Lumo::Ptr<McastVrfContainer> createVrfContainer(const L3::VrfName& vrfName);
-  // The VRF's namespace has just appeared: the next open does not wait for the interval,
-  // and a container that stands without a socket opens it now.
-  void retryIoctlSocket(const L3::VrfName& vrfName);
   void maybeDeleteVrfContainer(const Lumo::Ptr<McastVrfContainer>& container);
 
   Lumo::Ptr<MfibAf> createMfibModule(Lanx::AddressFamily af, const L3::VrfName& vrfName,
@@ -141,7 +134,8 @@ class McastModuleManager : public Qel::Entity {
 
  private:
   void handleInitialized();
-  void doOpenIoctlSocket(McastVrfContainer& container);
+  // Joins (or parts) the container's receive set, if it has one, and the IGMPv2 module.
+  void doWireIgmpV2(McastVrfContainer& container, bool connect);
 
   Qel::ValueAttr<Lumo::Ptr<Vek::ModuleConfigStatusPair>, kModulePair> modulePair_;
   Qel::ValueAttr<Lumo::Ptr<Lanx::PamRxBuf>, kRxBufSize> rxBufSize_;
@@ -156,9 +150,6 @@ class McastModuleManager : public Qel::Entity {
                          Vek::VekModule::ModuleClass, std::uint32_t, std::uint32_t,
                          google::protobuf::Message*, Lumo::Ptr<Vek::ModuleConfigStatusPair>>
       igmpV2Module_;
-  // When a VRF whose socket failed may try again. It outlives the container, which goes
-  // and comes back with every check of a VRF's only interface.
-  std::unordered_map<L3::VrfName, double> ioctlSocketRetryAt_;
   IoctlSocketOpener ioctlSocketOpener_;
 };
 

@@ -256,29 +256,52 @@ TEST_F(IgmpV2ModuleTest, Ipv6MakesNothingAndIpv4RegistersTheVrfEvenWithoutContai
   EXPECT_EQ(manager->createIgmpV2Module(AddressFamily::ipv6, red, VrfId(2), true, vekcsd), igmp);
 }
 
-TEST_F(IgmpV2ModuleTest, ModuleGoesAfterItsLastVrfIsUnregisteredAndUnwired) {
+// Every receive set feeds the one module while it stands, whichever VRFs it serves: the
+// graph then depends on what exists, not on the order of starts and stops.
+TEST_F(IgmpV2ModuleTest, EveryReceiveSetFeedsTheModuleUntilItsLastVrfGoes) {
+  const L3::VrfName blue("blue"), green("green");
+  const auto feeding = [&](const L3::VrfName& vrf) {
+    std::vector<std::string> links;
+    for (const auto& rx : manager->vrf(vrf)->mcastAnyRxSet()->mcastAnyRx()) {
+      for (const std::string& link : outLinks(std::string(rx.value->metaDataModule()->name()))) {
+        if (link.ends_with(">IgmpV2")) links.push_back(link);
+      }
+    }
+    return links;
+  };
+  const std::vector<std::string> allThree = {"2>IgmpV2", "2>IgmpV2", "2>IgmpV2"};
+
+  // red's set stands before the module, green's comes after it; the module serves blue.
   manager->createMcastAnyRxSet(red, VrfId(2), group);
+  manager->createIgmpV2Module(AddressFamily::ipv4, blue, VrfId(3), true, vekcsd);
+  manager->createMcastAnyRxSet(green, VrfId(4), group);
+  EXPECT_EQ(feeding(red), allThree);
+  EXPECT_EQ(feeding(green), allThree);
+
+  // red comes and goes; its set feeds the module as before.
   manager->createIgmpV2Module(AddressFamily::ipv4, red, VrfId(2), true, vekcsd);
-  manager->createIgmpV2Module(AddressFamily::ipv4, L3::VrfName("blue"), VrfId(3), true, vekcsd);
-
-  manager->deleteIgmpV2Module(AddressFamily::ipv6, red, VrfId(2), vekcsd);
-  EXPECT_EQ(table("IgmpV2")["vrfs"].size(), 2u);
-  // A VRF that was never added is still sent; the mirror stays as it was.
-  manager->deleteIgmpV2Module(AddressFamily::ipv4, L3::VrfName("green"), VrfId(4), vekcsd);
-  EXPECT_EQ(manager->igmpV2Module()->vrfs().size(), 2u);
-
   manager->deleteIgmpV2Module(AddressFamily::ipv4, red, VrfId(2), vekcsd);
-  EXPECT_TRUE(outLinks("Mdata_McastHwFwd_red").empty());
-  EXPECT_TRUE(manager->vrfHas(red));  // IGMPv2 does not decide about the container
+  manager->deleteIgmpV2Module(AddressFamily::ipv6, blue, VrfId(3), vekcsd);
+  // A VRF that was never added is still sent; the mirror stays as it was.
+  manager->deleteIgmpV2Module(AddressFamily::ipv4, L3::VrfName("gold"), VrfId(5), vekcsd);
+  EXPECT_EQ(manager->igmpV2Module()->vrfs().size(), 1u);
+  EXPECT_EQ(feeding(red), allThree);
 
+  // The last VRF goes: the sets are parted from the module before it goes.
   const std::uint64_t before = logSeq();
-  manager->deleteIgmpV2Module(AddressFamily::ipv4, L3::VrfName("blue"), VrfId(3), vekcsd);
+  manager->deleteIgmpV2Module(AddressFamily::ipv4, blue, VrfId(3), vekcsd);
   EXPECT_FALSE(manager->igmpV2Module());
   EXPECT_FALSE(hasModule("IgmpV2"));
+  EXPECT_TRUE(feeding(red).empty());
+  EXPECT_TRUE(feeding(green).empty());
+  EXPECT_TRUE(manager->vrfHas(red));  // IGMPv2 does not decide about the container
   channel->pump();
   std::vector<std::string> kinds;
   for (const auto& entry : channel->commandLog().entriesSince(before)) kinds.push_back(entry["kind"]);
-  EXPECT_EQ(kinds, (std::vector<std::string>{"moduleCmd", "freeCounters", "destroyModule"}));
+  EXPECT_EQ(kinds, (std::vector<std::string>{"moduleCmd", "disconnect", "disconnect",
+                                             "disconnect", "disconnect", "disconnect",
+                                             "disconnect", "freeCounters", "destroyModule"}));
+  EXPECT_TRUE(model.dump()["errors"].empty());
 }
 
 TEST(VrfContainerDeathTest, WiringWithoutDemultiplexerIsAProgrammingError) {
