@@ -7,6 +7,11 @@
 // a stop comes after its start); a random interleaving of the chains, with settles in between,
 // is one order. Runs several orders per case through the host's own driver.
 //
+// Faults: in one more order per case the daemon refuses one module command in the middle
+// of the history (one the same order sent without faults), and a restart later rebuilds
+// what the refusal left wrong. The refusal is logged and not retried, so the data plane
+// must again end as a fresh agent builds it.
+//
 // VEK_PROPERTY_CASES sets the number of cases; VEK_PROPERTY_SEED the first seed.
 
 #include <gtest/gtest.h>
@@ -37,10 +42,11 @@ const std::vector<std::string> intfNames = {"Ethernet1", "Ethernet2", "Ethernet3
 const std::vector<std::string> appNames = {"pim", "static", "igmp"};
 
 struct Event {
-  enum class Kind { set, remove, start, stop, restart, settle } kind;
+  enum class Kind { set, remove, start, stop, restart, settle, failNext } kind;
   StateChange change;
   VrfAf vrfAf;
   std::string text;
+  FailNextStep failure = {};
 };
 using Chain = std::vector<Event>;
 
@@ -247,10 +253,15 @@ void dropHistory(nlohmann::json& dump) {
   dump["trafficClasses"] = classes;
 }
 
+// The module commands each event of a run sent, by event, as module and command name.
+using SentByEvent = std::vector<std::vector<FailNextStep>>;
+
 // The data plane after the events on a driver of its own; without events, as a fresh agent
 // builds it from the final state. Each run stands alone, as a run of mfa-host does in its own
-// process: shared memory that a run before wrote is gone.
-nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events) {
+// process: shared memory that a run before wrote is gone. With `sent`, what each event sent
+// is noted there.
+nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events,
+                         SentByEvent* sent = nullptr) {
   QelSharedMem::EntityManager::managersDelAllForTest();
   AgentSettings settings;
   settings.workers = 2;
@@ -267,6 +278,7 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events) {
   }
   static const std::vector<Event> none;
   for (const Event& event : events ? *events : none) {
+    const std::size_t mark = sent ? driver.commandCount() : 0;
     switch (event.kind) {
       case Event::Kind::set: driver.applyState(event.change, StateOp::set); break;
       case Event::Kind::remove: driver.applyState(event.change, StateOp::remove); break;
@@ -274,12 +286,44 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events) {
       case Event::Kind::stop: driver.stop(event.vrfAf); break;
       case Event::Kind::restart: driver.restart(); break;
       case Event::Kind::settle: driver.settle(); break;
+      case Event::Kind::failNext: driver.failNext(event.failure); break;
+    }
+    if (!sent) continue;
+    std::vector<FailNextStep>& commands = sent->emplace_back();
+    for (const nlohmann::json& entry : driver.commandsSince(mark)) {
+      if (entry["kind"] == "moduleCmd") commands.push_back({entry["module"], entry["cmd"], 5, ""});
     }
   }
   driver.settle();
   nlohmann::json dump = driver.dump();
   dropHistory(dump);
   return dump;
+}
+
+// The events of an order with one refusal put in: the daemon refuses a command that one
+// event sent (the same events sent it in the same way before the refusal), and a restart
+// comes at some point after that event, the tasks having run first.
+std::vector<Event> withFault(const std::vector<Event>& events, const SentByEvent& sent,
+                             unsigned seed) {
+  std::mt19937 rng(seed);
+  std::vector<std::size_t> sending;
+  for (std::size_t i = 0; i < sent.size(); ++i) {
+    if (!sent[i].empty()) sending.push_back(i);
+  }
+  if (sending.empty()) return {};
+  const std::size_t at = sending[rng() % sending.size()];
+  Event fault{Event::Kind::failNext, {}, {}, "", sent[at][rng() % sent[at].size()]};
+  fault.failure.msg = "refused";
+  fault.text = "failNext " + fault.failure.module + " " + fault.failure.cmd;
+  const std::size_t restartAt = at + 1 + rng() % (events.size() - at);
+  std::vector<Event> faulted(events.begin(), events.begin() + static_cast<long>(at));
+  faulted.push_back(fault);
+  faulted.insert(faulted.end(), events.begin() + static_cast<long>(at),
+                 events.begin() + static_cast<long>(restartAt));
+  faulted.push_back({Event::Kind::settle, {}, {}, "settle"});
+  faulted.push_back({Event::Kind::restart, {}, {}, "restart"});
+  faulted.insert(faulted.end(), events.begin() + static_cast<long>(restartAt), events.end());
+  return faulted;
 }
 
 int envNumber(const char* name, int fallback) {
@@ -307,13 +351,26 @@ TEST(Convergence, AnyOrderOfEventsEndsAsAFreshAgentOnTheFinalState) {
   for (unsigned seed = firstSeed; seed < firstSeed + static_cast<unsigned>(cases); ++seed) {
     const Case c(seed);
     const nlohmann::json expected = dumpAfter(c, nullptr);
+    SentByEvent sent;
+    std::vector<Event> first;
     for (unsigned order = 0; order < ordersPerCase; ++order) {
       const std::vector<Event> events = c.order(seed * 31 + order);
-      const nlohmann::json actual = dumpAfter(c, &events);
+      const nlohmann::json actual = dumpAfter(c, &events, order == 0 ? &sent : nullptr);
       ASSERT_TRUE(expected == actual) << "seed " << seed << ", order " << order
                                   << "; differences:" << differences(expected, actual)
                                   << "\nevents:" << describe(events);
+      if (order == 0) first = events;
     }
+
+    const std::vector<Event> faulted = withFault(first, sent, seed);
+    if (faulted.empty()) continue;
+    nlohmann::json actual = dumpAfter(c, &faulted);
+    // The refusal happened, before the restart; its record is the one trace of it left.
+    ASSERT_EQ(actual["errors"].size(), 1u) << "seed " << seed << "\nevents:" << describe(faulted);
+    actual["errors"] = expected["errors"];
+    ASSERT_TRUE(expected == actual) << "seed " << seed << ", with a refusal; differences:"
+                                    << differences(expected, actual)
+                                    << "\nevents:" << describe(faulted);
   }
 }
 
