@@ -2,7 +2,6 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <set>
 #include <string>
 #include <utility>
 
