@@ -69,7 +69,7 @@ std::size_t heapInUse() {
 // commands, and answers nothing.
 class WireBackend final : public Vek::ChannelBackend {
  public:
-  void deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink&) override {
+  void deliver(const Vek::ChannelRecord& record) override {
     const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record);
     if (!cmd) return;
     cmd->cmd->message()->SerializeToString(&wire_);

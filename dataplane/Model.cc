@@ -41,19 +41,6 @@ CommandResult wrongRequest(const Vek::GroupCmdRecord& record) {
                           message ? message->GetTypeName() : std::string("nothing")));
 }
 
-// The message inside an Any, as its generated type; null for a type the daemon lacks.
-std::unique_ptr<google::protobuf::Message> unpack(const google::protobuf::Any& any) {
-  const std::string& url = any.type_url();
-  const std::string typeName = url.substr(url.rfind('/') + 1);
-  const auto* descriptor =
-      google::protobuf::DescriptorPool::generated_pool()->FindMessageTypeByName(typeName);
-  if (!descriptor) return nullptr;
-  std::unique_ptr<google::protobuf::Message> message(
-      google::protobuf::MessageFactory::generated_factory()->GetPrototype(descriptor)->New());
-  if (!any.UnpackTo(message.get())) return nullptr;
-  return message;
-}
-
 }  // namespace
 
 Model::Model(std::uint16_t workers) : workers_(workers) {
@@ -90,13 +77,12 @@ bool Model::failNextMatches(std::string_view module, std::string_view cmd, Comma
   return true;
 }
 
-void Model::deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& replies) {
+void Model::deliver(const Vek::ChannelRecord& record) {
   struct Visitor {
     Model& model;
-    Vek::ChannelReplySink& replies;
 
     void report(const std::string& module, Vek::ChannelErrorType type, CommandResult result) {
-      if (result.failed()) model.refuse(replies, module, type, result);
+      if (result.failed()) model.refuse(module, type, result);
     }
     void operator()(const Vek::CreateModuleRecord& r) {
       report(r.name.str(), Vek::createModuleError, model.apply(r));
@@ -113,7 +99,7 @@ void Model::deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& rep
     void operator()(const Vek::ModuleCmdRecord& r) {
       CommandResult result = model.apply(r);
       if (result.failed()) {
-        model.refuse(replies, r.cmd->moduleName().str(), Vek::moduleCmdError, result);
+        model.refuse(r.cmd->moduleName().str(), Vek::moduleCmdError, result);
         return;
       }
       if (!result.reply || !r.wantResponse) return;
@@ -122,9 +108,9 @@ void Model::deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& rep
       response->set_type(Vek::ModuleStatus::taskIdsResponseType);
       response->set_action(r.cmd->cmdName().str());
       response->mutable_payload()->PackFrom(*result.reply);
-      replies.responseArrived(std::move(response));
+      model.replies().responseArrived(std::move(response));
     }
-    void operator()(const Vek::GroupCmdRecord& r) { model.deliverGroupCmd(r, replies); }
+    void operator()(const Vek::GroupCmdRecord& r) { model.deliverGroupCmd(r); }
     void operator()(const Vek::AllocateCounterRecord& r) {
       report(r.module.str(), Vek::counterError, model.apply(r));
     }
@@ -132,11 +118,11 @@ void Model::deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& rep
       report(r.module.str(), Vek::counterError, model.apply(r));
     }
   };
-  std::visit(Visitor{*this, replies}, record);
+  std::visit(Visitor{*this}, record);
 }
 
-void Model::refuse(Vek::ChannelReplySink& replies, const std::string& module,
-                   Vek::ChannelErrorType type, const CommandResult& result) {
+void Model::refuse(const std::string& module, Vek::ChannelErrorType type,
+                   const CommandResult& result) {
   auto error = std::make_unique<vek::pb::ModuleError>();
   error->set_module(module);
   error->set_type(type);
@@ -144,7 +130,7 @@ void Model::refuse(Vek::ChannelReplySink& replies, const std::string& module,
   error->set_msg(result.msg);
   errors_.push_back(
       Json{{"module", module}, {"type", type}, {"code", result.code}, {"msg", result.msg}});
-  replies.errorArrived(std::move(error));
+  replies().errorArrived(std::move(error));
 }
 
 // ---- Modules and links ----
@@ -258,7 +244,7 @@ CommandResult Model::apply(const Vek::FreeCountersRecord& r) {
 
 // ---- Daemon-level commands ----
 
-void Model::deliverGroupCmd(const Vek::GroupCmdRecord& record, Vek::ChannelReplySink& replies) {
+void Model::deliverGroupCmd(const Vek::GroupCmdRecord& record) {
   CommandResult result = applyGroup(record);
   bess::pb::CommandResponse response;
   if (result.failed()) {
@@ -269,7 +255,7 @@ void Model::deliverGroupCmd(const Vek::GroupCmdRecord& record, Vek::ChannelReply
                            {"code", result.code},
                            {"msg", result.msg}});
   }
-  replies.groupReplyArrived(record, response);
+  replies().groupReplyArrived(record, response);
 }
 
 CommandResult Model::applyGroup(const Vek::GroupCmdRecord& record) {
@@ -335,7 +321,7 @@ CommandResult Model::portCommand(const Vek::GroupCmdRecord& record) {
   if (it == ports_.end()) return unknownPort(request->name());
   CommandResult failure;
   if (failNextMatches(request->name(), request->cmd(), failure)) return failure;
-  auto arg = request->has_arg() ? unpack(request->arg()) : nullptr;
+  auto arg = request->has_arg() ? unpacker_.unpack(request->arg()) : nullptr;
   return it->second.table->apply(request->cmd(), arg.get());
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "dataplane/AnyUnpacker.h"
 #include "dataplane/CommandResult.h"
 #include "dataplane/DaemonModule.h"
 #include "dataplane/DaemonPort.h"
@@ -26,7 +27,7 @@ class Model final : public Vek::ChannelBackend {
  public:
   explicit Model(std::uint16_t workers = 1);
 
-  void deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& replies) override;
+  void deliver(const Vek::ChannelRecord& record) override;
 
   // The next module or port command `cmd` for `module` fails with this code and message
   // and is not applied. Several may wait; each is used once.
@@ -69,9 +70,8 @@ class Model final : public Vek::ChannelBackend {
   CommandResult createRateLimitTc(const Vek::GroupCmdRecord& record);
   CommandResult attachTaskToTc(const Vek::GroupCmdRecord& record);
 
-  void deliverGroupCmd(const Vek::GroupCmdRecord& record, Vek::ChannelReplySink& replies);
-  void refuse(Vek::ChannelReplySink& replies, const std::string& module, Vek::ChannelErrorType type,
-              const CommandResult& result);
+  void deliverGroupCmd(const Vek::GroupCmdRecord& record);
+  void refuse(const std::string& module, Vek::ChannelErrorType type, const CommandResult& result);
   // Takes the first waiting failure for this command, if there is one.
   bool failNextMatches(std::string_view module, std::string_view cmd, CommandResult& result);
   DaemonModule* findModule(std::string_view name);
@@ -85,6 +85,7 @@ class Model final : public Vek::ChannelBackend {
   std::map<std::string, TrafficClass> tcs_;
   std::vector<nlohmann::ordered_json> errors_;
   std::deque<FailRule> failNext_;
+  AnyUnpacker unpacker_;
 };
 
 }  // namespace Dataplane

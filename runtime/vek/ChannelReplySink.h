@@ -8,8 +8,8 @@
 
 namespace Vek {
 
-// Where a backend puts what its daemon answers. A backend may answer inside deliver() or
-// later, on the agent thread.
+// Where a backend puts what its daemon answers, and what it learns of the daemon itself.
+// Called only on the agent thread, inside deliver() or at a later collectReplies().
 class ChannelReplySink {
  public:
   // A reply to a module command that asked for one.
@@ -19,6 +19,12 @@ class ChannelReplySink {
   // The reply to a daemon-level command of a group.
   virtual void groupReplyArrived(const GroupCmdRecord& record,
                                  bess::pb::CommandResponse& reply) = 0;
+  // The daemon cannot be reached. Records keep their order and wait in the backend.
+  virtual void farEndLost() = 0;
+  // The daemon can be reached again. `emptied`: it is not the daemon that held what was
+  // sent (it was restarted), so everything must be programmed again; otherwise the backend
+  // carries on where the daemon stopped, and nothing is lost or sent twice.
+  virtual void farEndBack(bool emptied) = 0;
 
  protected:
   ~ChannelReplySink() = default;

@@ -2,12 +2,18 @@
 
 #include <algorithm>
 
+#include "runtime/trace/Trace.h"
 #include "runtime/vek/Module.h"
 
 namespace Vek {
 
 CommandChannel::CommandChannel() = default;
 CommandChannel::~CommandChannel() = default;
+
+void CommandChannel::backendIs(ChannelBackend* backend) noexcept {
+  backend_ = backend;
+  if (backend_) backend_->replySinkIs(this);
+}
 
 void CommandChannel::recordIs(ChannelRecord record) {
   // Modules made before this record reach the daemon before it: the daemon sees the
@@ -24,6 +30,7 @@ void CommandChannel::pump() {
     bool& flag;
     ~Done() { flag = false; }
   } done{pumping_};
+  backend_->collectReplies();
   createAllAwaitingModules();
   // Each record is delivered where it stands: records queued meanwhile go to the back,
   // which leaves the front in place. It leaves the queue even if its delivery throws.
@@ -36,10 +43,11 @@ void CommandChannel::pump() {
       PopFront pop{records_};
       const ChannelRecord& record = records_.front();
       log_.write(record);
-      backend_->deliver(record, *this);
+      backend_->deliver(record);
     }
     if (records_.empty()) createAllAwaitingModules();
   }
+  backend_->flush();
 }
 
 void CommandChannel::moduleAwaitingCreationIs(Module* module) { awaiting_.push_back(module); }
@@ -69,6 +77,18 @@ void CommandChannel::groupReplyArrived(const GroupCmdRecord& record,
                          reply.error().errmsg());
   }
   record.cmd->processResponse(&reply);
+}
+
+void CommandChannel::farEndLost() {
+  if (!farEndUp_) return;
+  farEndUp_ = false;
+  VEK_TRACE(warn, "Daemon lost; commands wait for it");
+}
+
+void CommandChannel::farEndBack(bool emptied) {
+  farEndUp_ = true;
+  if (emptied) ++farEndRestarts_;
+  VEK_TRACE(warn, "Daemon back{}", emptied ? ", restarted empty" : "");
 }
 
 }  // namespace Vek

@@ -21,10 +21,18 @@ namespace VekTest {
 // A daemon that keeps what it was sent, as log lines, and answers as the test tells it.
 class RecordingBackend : public Vek::ChannelBackend {
  public:
-  void deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink& replies) override {
+  void deliver(const Vek::ChannelRecord& record) override {
     delivered.push_back(Vek::CommandLog::entryOf(record));
-    if (answer) answer(record, replies);
+    if (answer) answer(record, replies());
   }
+  // Answers kept for later are given at the next collection, as a daemon in another
+  // process would give them.
+  void collectReplies() override {
+    auto due = std::move(later);
+    later.clear();
+    for (auto& answerNow : due) answerNow(replies());
+  }
+  void flush() override { flushedAt.push_back(delivered.size()); }
 
   // "kind module-or-name cmd" of each delivered record, for order checks.
   std::vector<std::string> summary() const {
@@ -41,6 +49,9 @@ class RecordingBackend : public Vek::ChannelBackend {
 
   std::vector<Vek::CommandLog::Entry> delivered;
   std::function<void(const Vek::ChannelRecord&, Vek::ChannelReplySink&)> answer;
+  std::vector<std::function<void(Vek::ChannelReplySink&)>> later;
+  // How many records had been delivered at each flush.
+  std::vector<std::size_t> flushedAt;
 };
 
 class ChannelFixture : public ::testing::Test {

@@ -189,5 +189,56 @@ TEST_F(ChannelTest, NothingMovesWithoutABackend) {
   EXPECT_THAT(backend.summary(), ElementsAre("createModule m", "moduleCmd m held"));
 }
 
+TEST_F(ChannelTest, LateAnswersReachTheQueuesBeforeTheNextDeliveriesAndEachPumpEndsInAFlush) {
+  StatusReactor reactor(*pair->status());
+  std::vector<std::string> seenAtAnswer;
+  backend.answer = [&](const Vek::ChannelRecord& record, Vek::ChannelReplySink&) {
+    const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record);
+    if (!cmd) return;
+    std::string action = cmd->cmd->cmdName().str();
+    backend.later.push_back([action](Vek::ChannelReplySink& replies) {
+      auto response = std::make_unique<vek::pb::ModuleResponse>();
+      response->set_action(action);
+      replies.responseArrived(std::move(response));
+    });
+  };
+  auto m = module("m");
+  pair->config()->ignoreResponseIs(false);
+  pair->config()->cmdBatchEnq(command("m", "first"));
+  channel->pump();
+  EXPECT_TRUE(reactor.responses.empty());
+  reactor.onResponse = [&] { seenAtAnswer.push_back(backend.summary().back()); };
+  pair->config()->cmdBatchEnq(command("m", "second"));
+  channel->pump();
+  // The answer to the first pump came before the second pump delivered anything.
+  EXPECT_THAT(reactor.responses, ElementsAre("first"));
+  EXPECT_THAT(seenAtAnswer, ElementsAre("moduleCmd m first"));
+  EXPECT_THAT(backend.flushedAt, ElementsAre(2u, 3u));
+  channel->pump();
+  EXPECT_THAT(reactor.responses, ElementsAre("first", "second"));
+}
+
+TEST_F(ChannelTest, TheFarEndComingBackEmptyIsCountedOnceEach) {
+  auto m = module("m");
+  channel->pump();
+  backend.later.push_back([](Vek::ChannelReplySink& replies) {
+    replies.farEndLost();
+    replies.farEndLost();
+  });
+  channel->pump();
+  EXPECT_FALSE(channel->farEndUp());
+  backend.later.push_back([](Vek::ChannelReplySink& replies) { replies.farEndBack(false); });
+  channel->pump();
+  EXPECT_TRUE(channel->farEndUp());
+  EXPECT_EQ(channel->farEndRestarts(), 0u);
+  backend.later.push_back([](Vek::ChannelReplySink& replies) {
+    replies.farEndLost();
+    replies.farEndBack(true);
+  });
+  channel->pump();
+  EXPECT_TRUE(channel->farEndUp());
+  EXPECT_EQ(channel->farEndRestarts(), 1u);
+}
+
 }  // namespace
 }  // namespace VekTest
