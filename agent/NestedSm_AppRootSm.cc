@@ -2,13 +2,13 @@
 
 #include <vector>
 
-#include "agent/VekMfaAgent.h"
+#include "agent/VrfPipelineControl.h"
 
 namespace VekL3Mcast {
 
 using Routing::Multicast::MulticastIntfsAppRootSm;
 
-NestedSm_AppRootSm::NestedSm_AppRootSm(MfaAgent* owner,
+NestedSm_AppRootSm::NestedSm_AppRootSm(VrfPipelineControl* owner,
                                        Lumo::Ptr<MulticastIntfsAppRootSm const> appRootSm)
     : Qel::NotifieeConstOf<MulticastIntfsAppRootSm>(this), owner_(owner) {
   notifierIs(std::move(appRootSm));

@@ -7,14 +7,14 @@
 
 namespace VekL3Mcast {
 
-class MfaAgent;
+class VrfPipelineControl;
 
 // Follows the multicast interfaces of one VRF and family for the agent: each interface
-// that comes or goes reaches MfaAgent::handleMcastIntf.
+// that comes or goes reaches VrfPipelineControl::handleMcastIntf.
 class NestedSm_AppRootSm : public Qel::StateMachine,
                            public Qel::NotifieeConstOf<Routing::Multicast::MulticastIntfsAppRootSm> {
  public:
-  NestedSm_AppRootSm(MfaAgent* owner,
+  NestedSm_AppRootSm(VrfPipelineControl* owner,
                      Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSm const> appRootSm);
   std::string_view typeName() const override { return "VekL3Mcast::NestedSm_AppRootSm"; }
 
@@ -22,7 +22,7 @@ class NestedSm_AppRootSm : public Qel::StateMachine,
   void onAttribute(Qel::AttributeId id, const void* key) override;
 
  private:
-  MfaAgent* owner_;
+  VrfPipelineControl* owner_;
 };
 
 }  // namespace VekL3Mcast

@@ -1,6 +1,6 @@
 #include "agent/NestedSm_MfibVrfAdapter.h"
 
-#include "agent/VekMfaAgent.h"
+#include "agent/VrfPipelineControl.h"
 #include "runtime/trace/Trace.h"
 
 namespace VekL3Mcast {
@@ -8,7 +8,7 @@ namespace VekL3Mcast {
 using Routing::Multicast::Fib::MfibAppType;
 using Routing::Multicast::Fib::MfibVrfAdapter;
 
-NestedSm_MfibVrfAdapter::NestedSm_MfibVrfAdapter(MfaAgent* owner,
+NestedSm_MfibVrfAdapter::NestedSm_MfibVrfAdapter(VrfPipelineControl* owner,
                                                  Lumo::Ptr<MfibVrfAdapter const> adapter)
     : Qel::NotifieeConstOf<MfibVrfAdapter>(this), owner_(owner) {
   notifierIs(std::move(adapter));

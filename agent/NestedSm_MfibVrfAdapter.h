@@ -8,7 +8,7 @@
 
 namespace VekL3Mcast {
 
-class MfaAgent;
+class VrfPipelineControl;
 
 // Follows the route tables of one VRF and family for the agent: a table whose mount came
 // or went reaches the VRF's route machine, if the VRF is started.
@@ -16,7 +16,7 @@ class NestedSm_MfibVrfAdapter
     : public Qel::StateMachine,
       public Qel::NotifieeConstOf<Routing::Multicast::Fib::MfibVrfAdapter> {
  public:
-  NestedSm_MfibVrfAdapter(MfaAgent* owner,
+  NestedSm_MfibVrfAdapter(VrfPipelineControl* owner,
                           Lumo::Ptr<Routing::Multicast::Fib::MfibVrfAdapter const> adapter);
   std::string_view typeName() const override { return "VekL3Mcast::NestedSm_MfibVrfAdapter"; }
 
@@ -27,7 +27,7 @@ class NestedSm_MfibVrfAdapter
   void handleVashMount(Routing::Multicast::Fib::MfibAppType app);
 
  private:
-  MfaAgent* owner_;
+  VrfPipelineControl* owner_;
 };
 
 }  // namespace VekL3Mcast

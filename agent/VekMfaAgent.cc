@@ -38,16 +38,6 @@ Lumo::Ptr<T const> mountedEntity(const Lumo::Ptr<QelSharedMem::EntityManager>& s
   return sharedEntity<T>(sharedMem, path);
 }
 
-// Sets the IPv4 or the IPv6 twin of a pair of attributes.
-template <typename Attr4, typename Attr6, typename Value>
-void familyAttrIs(Qel::Entity& owner, AddressFamily af, Attr4& attr4, Attr6& attr6, Value value) {
-  if (af == AddressFamily::ipv6) {
-    attr6.is(owner, std::move(value));
-  } else {
-    attr4.is(owner, std::move(value));
-  }
-}
-
 }  // namespace
 
 MfaAgent::MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
@@ -67,17 +57,16 @@ MfaAgent::MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
   // Records that are waiting stay queued: the agent is not initialized yet.
   if (this->configStatusPair()->status()) handleMfaGrpcError();
 
-  mcastIntfRoot_.is(*this, Lumo::makePtr<Routing::Multicast::MulticastIntfsAppRootSmColl>());
-  mcastIntfRoot6_.is(*this, Lumo::makePtr<Routing::Multicast::MulticastIntfsAppRootSmColl>());
-  mcastIntfRootDispatch_.publisherIs(mcastIntfRoot_.get().get());
-  mcastIntfRootDispatch_.isRegisteredIs(true);
-  mcastIntfRoot6Dispatch_.publisherIs(mcastIntfRoot6_.get().get());
-  mcastIntfRoot6Dispatch_.isRegisteredIs(true);
+  // The pipelines' control makes the two interface roots.
+  vrfPipelineControl_.is(*this, this);
+  vrfIdTracker_.is(*this, this);
+  vrfNamespaces_.is(*this, this);
+  mfibWorkerTasks_.is(*this, this);
 
   handleInitialized();
 
   qel_ConfigStatusPair_ModuleStatusInIs(this->configStatusPair()->status());
-  if (vrfNameStatus()) qel_VrfNameStatus_NameToIdMapInIs(vrfNameStatus()->nameToIdMap());
+  vrfIdTracker()->followNameToIdMap();
 }
 
 MfaAgent::~MfaAgent() {
@@ -85,57 +74,48 @@ MfaAgent::~MfaAgent() {
   handleDelete();
   qelDoZombieReactors(true);
   moduleStatusErrorReactor_.isRegisteredIs(false);
-  moduleStatusResponseReactor_.isRegisteredIs(false);
-  vrfNameStatusReactor_.isRegisteredIs(false);
-  nameToIdMapReactor_.isRegisteredIs(false);
-  hwVrfIdToNameStatusDispatch_.isRegisteredIs(false);
-  bridgingConfigDispatch_.isRegisteredIs(false);
-  mcastIntfRootDispatch_.isRegisteredIs(false);
-  mcastIntfRoot6Dispatch_.isRegisteredIs(false);
-  kernelMfibConfigCollDispatch_.isRegisteredIs(false);
-  kernelMfibConfigColl6Dispatch_.isRegisteredIs(false);
-  mfibVrfDirDispatch_.isRegisteredIs(false);
-  mfib6VrfDirDispatch_.isRegisteredIs(false);
-  intfStatusManagerRoot_.del(*this);
+  mfibWorkerTasks()->handleCleanup();
+  vrfIdTracker()->handleCleanup();
+  vrfPipelineControl()->handleCleanup();
+  vrfNamespaces()->intfStatusManagerRootDel();
   mfibDirSm_.del(*this);
   mfib6DirSm_.del(*this);
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
-    while (!mfibSms(af).empty()) mfibSmDel(L3::VrfName(mfibSms(af).begin()->key), af);
-  }
+  vrfPipelineControl()->doDeleteRouteMachines();
   mcastIntfModuleSm_.del(*this);
-  HN_NestedSm_MfibVrfAdapter_.smDelAll();
-  HN_NestedSm_Mfib6VrfAdapter_.smDelAll();
-  HN_NestedSm_AppRootSm_.smDelAll();
-  HN_NestedSm_AppRoot6Sm_.smDelAll();
+  vrfPipelineControl()->doDeleteNestedMachines();
   txDemuxerL3IntfSm_.del(*this);
 }
 
 void MfaAgent::handleInitialized() {
-  vrfDeviceIntfStatusDirIs(Lumo::String(vrfDeviceIntfStatusDirName));
-  allIntfStatusDir_.is(*this, centralEntity<Interface::IntfStatusDir>(
-                                  entityManager(), Interface::IntfStatusDir::allPath));
-  allIntfStatusLocalDir_.is(*this, centralEntity<Interface::IntfStatusDir>(
-                                       entityManager(), Interface::IntfStatusDir::localPath));
-  intfStatusManagerRootIs(allIntfStatusDir_.get(), allIntfStatusLocalDir_.get(), true);
+  VrfNamespaces& namespaces = *vrfNamespaces();
+  namespaces.vrfDeviceIntfStatusDirIs(Lumo::String(VrfNamespaces::vrfDeviceIntfStatusDirName));
+  inputs_.allIntfStatusDir =
+      centralEntity<Interface::IntfStatusDir>(entityManager(), Interface::IntfStatusDir::allPath);
+  inputs_.allIntfStatusLocalDir =
+      centralEntity<Interface::IntfStatusDir>(entityManager(), Interface::IntfStatusDir::localPath);
+  namespaces.intfStatusManagerRootIs(inputs_.allIntfStatusDir, inputs_.allIntfStatusLocalDir,
+                                     true);
 
   const auto sharedMem = QelSharedMem::EntityManager::getEntityManager(Lanx::sharedMemManagerName);
   if (oru_) {
     doMountLongBranch(sharedMem);
   } else {
-    vrfNameStatusIs(centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(entityManager(),
-                                                                     Vrf::VrfIdMap::NameToIdMapWrapper::path));
-    handleVrfNameToId();
-    hwVrfIdToNameStatusIs(
-        sharedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::hardwarePath));
-    handleHwVrfIdToName();
+    inputs_.vrfNameStatus = centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(
+        entityManager(), Vrf::VrfIdMap::NameToIdMapWrapper::path);
+    vrfIdTracker()->vrfNameStatusIs();
+    vrfIdTracker()->handleVrfNameToId();
+    inputs_.hwVrfIdToNameStatus =
+        sharedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::hardwarePath);
+    vrfIdTracker()->hwVrfIdToNameStatusIs();
+    vrfIdTracker()->handleHwVrfIdToName();
   }
 
   doGetFamilyInputs(AddressFamily::ipv4);
   doGetFamilyInputs(AddressFamily::ipv6);
   // The interface VLAN configuration of the full agent joins here.
-  if (!oru_) txDemuxerL3IntfSmIs(vekcsd(), mcastModuleManager());
+  if (!oru_) txDemuxerL3IntfSm_.is(*this, vekcsd(), mcastModuleManager());
 
-  createKniSm(L3::VrfName::defaultVrf());
+  namespaces.createKniSm(L3::VrfName::defaultVrf());
   initialized_.is(*this, true);
   resumeWorkers();
 }
@@ -143,75 +123,72 @@ void MfaAgent::handleInitialized() {
 void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
   VEK_TRACE(info, "Init cmdConfigGroup mfaAgent");
   cmdConfigGroupIs(Lumo::String(cmdConfigGroupName));
-  allVrfStatusLocal_.is(*this, centralEntity<Ip::VrfStatusLocalDir>(
-                                   entityManager(), Ip::VrfStatusLocalDir::path));
-  bridgingConfigIs(centralEntity<Bridging::Config>(entityManager(), Bridging::Config::path));
-  intfVlanIdTableIs(intfVlanIdTableName);
-  mcastIntfModuleSmIs(mcastModuleManager(), vekcsd(), cmdConfigGroup(), mcastIntfRoot_.get(),
-                      mcastIntfRoot6_.get(), vrfDeviceIntfStatusDir(), intfVlanIdTable(),
-                      Qel::activityManager()->clock());
-  gmpVlanGroupMembershipStatus4_.is(
-      *this, centralEntity<Bridging::IgmpSnooping::Status>(
-                 entityManager(), Bridging::IgmpSnooping::Status::igmpPath));
-  gmpVlanGroupMembershipStatus6_.is(
-      *this, centralEntity<Bridging::IgmpSnooping::Status>(
-                 entityManager(), Bridging::IgmpSnooping::Status::mldPath));
-  vtiStatusDir_.is(*this,
-                   centralEntity<Vxlan::VtiStatusDir>(entityManager(), Vxlan::VtiStatusDir::path));
-  vrfNameStatusIs(
-      centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(entityManager(), Vrf::VrfIdMap::NameToIdMapWrapper::path));
-  hwCapabilities_.is(*this, centralEntity<Bridging::HwCapabilities>(entityManager(),
-                                                                    Bridging::HwCapabilities::path));
+  inputs_.allVrfStatusLocal =
+      centralEntity<Ip::VrfStatusLocalDir>(entityManager(), Ip::VrfStatusLocalDir::path);
+  inputs_.bridgingConfig = centralEntity<Bridging::Config>(entityManager(), Bridging::Config::path);
+  vrfPipelineControl()->bridgingConfigIs();
+  inputs_.intfVlanIdTable = IntfVlanId::Table::tableIs(intfVlanIdTableName);
+  const VrfPipelineControl& pipelines = *vrfPipelineControl();
+  mcastIntfModuleSm_.is(*this, mcastModuleManager(), vekcsd(), cmdConfigGroup(),
+                        pipelines.mcastIntfRoot(AddressFamily::ipv4),
+                        pipelines.mcastIntfRoot(AddressFamily::ipv6),
+                        vrfNamespaces()->vrfDeviceIntfStatusDir(), inputs_.intfVlanIdTable,
+                        Qel::activityManager()->clock());
+  using Bridging::IgmpSnooping::Status;
+  inputs_.gmpVlanGroupMembershipStatus.ipv4 = centralEntity<Status>(entityManager(), Status::igmpPath);
+  inputs_.gmpVlanGroupMembershipStatus.ipv6 = centralEntity<Status>(entityManager(), Status::mldPath);
+  inputs_.vtiStatusDir = centralEntity<Vxlan::VtiStatusDir>(entityManager(), Vxlan::VtiStatusDir::path);
+  inputs_.vrfNameStatus = centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(
+      entityManager(), Vrf::VrfIdMap::NameToIdMapWrapper::path);
+  vrfIdTracker()->vrfNameStatusIs();
+  inputs_.hwCapabilities =
+      centralEntity<Bridging::HwCapabilities>(entityManager(), Bridging::HwCapabilities::path);
 
   using Routing::Multicast::IpTunnelForwardingStatus;
   const auto group = sharedMem->getMountGroup();
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     const std::string path = IpTunnelForwardingStatus::mountPath(af);
     doMountTable(*group, path, IpTunnelForwardingStatus::kTypeName, QelKraz::MountInfo());
-    familyAttrIs(*this, af, tunnelFwdingStatus4_, tunnelFwdingStatus6_,
-                 sharedEntity<IpTunnelForwardingStatus>(sharedMem, path));
+    inputs_.tunnelFwdingStatus[af] = sharedEntity<IpTunnelForwardingStatus>(sharedMem, path);
   }
   using Routing::Multicast::IpTunnelDecapConfig;
-  tunDecapConfig4_.is(*this, mountedEntity<IpTunnelDecapConfig>(
-                                 sharedMem, IpTunnelDecapConfig::mountPath(AddressFamily::ipv4)));
-  tunDecapConfig6_.is(*this, mountedEntity<IpTunnelDecapConfig>(
-                                 sharedMem, IpTunnelDecapConfig::mountPath(AddressFamily::ipv6)));
+  for (AddressFamily af : Lanx::bothFamilies) {
+    inputs_.tunDecapConfig[af] =
+        mountedEntity<IpTunnelDecapConfig>(sharedMem, IpTunnelDecapConfig::mountPath(af));
+  }
   const Lanx::IntfId vxlan1("Vxlan1");
-  remoteVniToVlanStaticStatus_.is(
-      *this, mountedEntity<Vxlan::RemoteVniToVlanStatus>(
-                 sharedMem, Vxlan::RemoteVniToVlanStatus::mountPath("static", vxlan1)));
-  remoteVniToVlanIrbStatus_.is(
-      *this, mountedEntity<Vxlan::RemoteVniToVlanStatus>(
-                 sharedMem, Vxlan::RemoteVniToVlanStatus::mountPath("irb", vxlan1)));
+  inputs_.remoteVniToVlanStaticStatus = mountedEntity<Vxlan::RemoteVniToVlanStatus>(
+      sharedMem, Vxlan::RemoteVniToVlanStatus::mountPath("static", vxlan1));
+  inputs_.remoteVniToVlanIrbStatus = mountedEntity<Vxlan::RemoteVniToVlanStatus>(
+      sharedMem, Vxlan::RemoteVniToVlanStatus::mountPath("irb", vxlan1));
   using Irb::Multicast::McastIrbStatus;
-  mcastIrbStatus4_.is(*this, mountedEntity<McastIrbStatus>(
-                                 sharedMem, McastIrbStatus::mountPath(AddressFamily::ipv4)));
-  mcastIrbStatus6_.is(*this, mountedEntity<McastIrbStatus>(
-                                 sharedMem, McastIrbStatus::mountPath(AddressFamily::ipv6)));
+  for (AddressFamily af : Lanx::bothFamilies) {
+    inputs_.mcastIrbStatus[af] =
+        mountedEntity<McastIrbStatus>(sharedMem, McastIrbStatus::mountPath(af));
+  }
   mvxlanInitialized_.is(*this, true);
   using Irb::Multicast::IgmpProxyStatus;
-  igmpProxyStatus_.is(*this,
-                      mountedEntity<IgmpProxyStatus>(sharedMem, IgmpProxyStatus::igmpPath));
-  mldProxyStatus_.is(*this, mountedEntity<IgmpProxyStatus>(
-                                sharedMem, IgmpProxyStatus::afMountPath(AddressFamily::ipv6)));
+  inputs_.igmpProxyStatus = mountedEntity<IgmpProxyStatus>(sharedMem, IgmpProxyStatus::igmpPath);
+  inputs_.mldProxyStatus = mountedEntity<IgmpProxyStatus>(
+      sharedMem, IgmpProxyStatus::afMountPath(AddressFamily::ipv6));
 
   // The VXLAN pipeline's VLAN groups and SBD VLANs join the ids here when it is built.
-  handleVrfNameToId();
+  vrfIdTracker()->handleVrfNameToId();
 
-  routingHwRouteStatus_.is(*this, centralEntity<Routing::Hardware::RouteStatus>(
-                                      entityManager(), Routing::Hardware::RouteStatus::path));
+  inputs_.routingHwRouteStatus = centralEntity<Routing::Hardware::RouteStatus>(
+      entityManager(), Routing::Hardware::RouteStatus::path);
   using Routing::Multicast::Evpn::OismFloodSet;
-  oismFloodSet_.is(*this, sharedEntity<OismFloodSet>(sharedMem, OismFloodSet::mountPath()));
+  inputs_.oismFloodSet = sharedEntity<OismFloodSet>(sharedMem, OismFloodSet::mountPath());
 
   if (toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) doMountLfibs(sharedMem);
 }
 
 void MfaAgent::doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
-  vrfIdToNameStatus_.is(*this, mountedEntity<Vrf::VrfIdMap::Status>(
-                                   sharedMem, Vrf::VrfIdMap::Status::softwarePath));
+  inputs_.vrfIdToNameStatus =
+      mountedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::softwarePath);
   using Routing::Multicast::MvpnIntfStatus;
-  mvpnIntfStatus_.is(*this, mountedEntity<MvpnIntfStatus>(sharedMem, MvpnIntfStatus::mountPath(),
-                                                           "Routing::Multicast::MvpnIntfStatus"));
+  inputs_.mvpnIntfStatus = mountedEntity<MvpnIntfStatus>(sharedMem, MvpnIntfStatus::mountPath(),
+                                                         "Routing::Multicast::MvpnIntfStatus");
   // The MPLS modules read the label tables themselves; the agent only mounts them.
   mountedEntity<Mpls::LfibStatus>(sharedMem, Mpls::LfibStatus::decapPath);
   mountedEntity<Mpls::LfibStatus>(sharedMem, Mpls::LfibStatus::transitPath);
@@ -220,34 +197,28 @@ void MfaAgent::doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& shared
 
 void MfaAgent::doGetFamilyInputs(AddressFamily af) {
   using Routing::Multicast::Fib::MfibDir;
-  familyAttrIs(*this, af, multicastIntfsAppDir_, multicast6IntfsAppDir_,
-               centralEntity<Routing::Multicast::MulticastIntfsAppDir>(
-                   entityManager(), Routing::Multicast::MulticastIntfsAppDir::path(af)));
-  familyAttrIs(*this, af, mfibDir_, mfib6Dir_,
-               centralEntity<MfibDir>(entityManager(), MfibDir::path(af)));
+  inputs_.multicastIntfsAppDir[af] = centralEntity<Routing::Multicast::MulticastIntfsAppDir>(
+      entityManager(), Routing::Multicast::MulticastIntfsAppDir::path(af));
+  inputs_.mfibDir[af] = centralEntity<MfibDir>(entityManager(), MfibDir::path(af));
   const bool v6 = af == AddressFamily::ipv6;
-  const auto vrfDir = v6 ? mfib6VrfDirIs() : mfibVrfDirIs();
-  auto& vrfDirDispatch = v6 ? mfib6VrfDirDispatch_ : mfibVrfDirDispatch_;
-  vrfDirDispatch.publisherIs(vrfDir.get());
-  vrfDirDispatch.isRegisteredIs(true);
+  const auto vrfDir = v6 ? mfib6VrfDir_.is(*this, af) : mfibVrfDir_.is(*this, af);
+  vrfPipelineControl()->mfibVrfDirIs(af, vrfDir);
   if (v6) {
-    mfib6DirSmIs(mfib6Dir_.get(), vrfDir, entityManager());
+    mfib6DirSm_.is(*this, inputs_.mfibDir[af], vrfDir, entityManager());
   } else {
-    mfibDirSmIs(mfibDir_.get(), vrfDir, entityManager());
+    mfibDirSm_.is(*this, inputs_.mfibDir[af], vrfDir, entityManager());
   }
   // Tables mounted while the directory machine came up.
-  for (const auto& adapter : vrfDir->vrfAdapters()) handleMfibVrfAdapter(af, adapter.key);
+  for (const auto& adapter : vrfDir->vrfAdapters()) {
+    vrfPipelineControl()->handleMfibVrfAdapter(af, adapter.key);
+  }
 
-  auto configColl = centralEntity<Routing::KernelMfib::ConfigColl>(
+  inputs_.kernelMfibConfigColl[af] = centralEntity<Routing::KernelMfib::ConfigColl>(
       entityManager(), Routing::KernelMfib::ConfigColl::mountPath(af));
-  auto& configDispatch = v6 ? kernelMfibConfigColl6Dispatch_ : kernelMfibConfigCollDispatch_;
-  configDispatch.publisherIs(const_cast<Routing::KernelMfib::ConfigColl*>(configColl.get()));
-  configDispatch.isRegisteredIs(true);
-  familyAttrIs(*this, af, kernelMfibConfigColl_, kernelMfibConfigColl6_, std::move(configColl));
+  vrfPipelineControl()->kernelMfibConfigCollIs(af);
   // The agent writes this one: which VRFs it programs.
-  familyAttrIs(*this, af, kernelMfibStatusColl_, kernelMfibStatusColl6_,
-               Lumo::ptrCast<Routing::KernelMfib::StatusColl>(
-                   entityManager()->getEntity(Routing::KernelMfib::StatusColl::path(af))));
+  inputs_.kernelMfibStatusColl[af] = Lumo::ptrCast<Routing::KernelMfib::StatusColl>(
+      entityManager()->getEntity(Routing::KernelMfib::StatusColl::path(af)));
 }
 
 void MfaAgent::cmdConfigGroupIs(const Lumo::String& name) {
@@ -257,10 +228,6 @@ void MfaAgent::cmdConfigGroupIs(const Lumo::String& name) {
     globalCmdConfig()->cmdConfigGroupIs(group);
   }
   cmdConfigGroup_.is(*this, group);
-}
-
-void MfaAgent::intfVlanIdTableIs(std::string_view name) {
-  intfVlanIdTable_.is(*this, IntfVlanId::Table::tableIs(name));
 }
 
 void MfaAgent::resumeWorkers() {
@@ -274,11 +241,10 @@ void MfaAgent::qel_ConfigStatusPair_ModuleStatusInIs(const Lumo::Ptr<Vek::Module
   if (!status) return;
   moduleStatusErrorReactor_.publisherIs(status.get());
   moduleStatusErrorReactor_.isRegisteredIs(true);
-  moduleStatusResponseReactor_.publisherIs(status.get());
-  moduleStatusResponseReactor_.isRegisteredIs(true);
+  mfibWorkerTasks()->moduleStatusIs(status);
   // What arrived while the agent was coming up is taken now.
   handleMfaGrpcError();
-  handleResp();
+  mfibWorkerTasks()->handleResp();
 }
 
 void MfaAgent::handleMfaGrpcError() {
@@ -290,17 +256,23 @@ void MfaAgent::handleMfaGrpcError() {
   }
 }
 
+Lumo::Ptr<MfibAf> MfaAgent::getMfibModule(const L3::VrfName& vrf, AddressFamily af) const {
+  if (!initialized()) return nullptr;
+  return vrfPipelineControl()->mfibModule(vrf, af);
+}
+
 void MfaAgent::handleDelete() {
   VEK_TRACE(info, "Cleaning up mfa agent");
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  VrfPipelineControl& pipelines = *vrfPipelineControl();
+  for (AddressFamily af : Lanx::bothFamilies) {
     // The stop takes the member out under the loop: work on a copy of the names.
     std::vector<L3::VrfName> vrfs;
-    for (const auto& sm : mfibSms(af)) vrfs.push_back(sm.key);
-    for (const L3::VrfName& vrf : vrfs) stopMfibSm(vrf, af);
+    for (const auto& sm : pipelines.mfibSms(af)) vrfs.push_back(sm.key);
+    for (const L3::VrfName& vrf : vrfs) pipelines.stopMfibSm(vrf, af);
   }
-  deleteKniSm(L3::VrfName::defaultVrf());
-  appRootSmDelAll();
-  appRoot6SmDelAll();
+  vrfNamespaces()->deleteKniSm(L3::VrfName::defaultVrf());
+  pipelines.appRootSmDelAll();
+  pipelines.appRoot6SmDelAll();
 }
 
 }  // namespace VekL3Mcast

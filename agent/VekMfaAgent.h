@@ -1,59 +1,31 @@
 #pragma once
 
-#include <google/protobuf/any.pb.h>
-
-#include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "agent/MfibDirSm.h"
-#include "agent/NestedSm_AppRootSm.h"
-#include "agent/NestedSm_MfibVrfAdapter.h"
+#include "agent/MfibWorkerTasks.h"
+#include "agent/VrfIdTracker.h"
+#include "agent/VrfLifecycleListeners.h"
+#include "agent/VrfNamespaces.h"
+#include "agent/VrfPipelineControl.h"
 #include "intf/VekL3McastIntfSm.h"
 #include "mfib/VekL3MfibModule.h"
-#include "mfib/VekL3MfibSm.h"
-#include "pipeline/McastAnyRxSet.h"
-#include "pipeline/PimRegRx.h"
+#include "pipeline/MfaInputs.h"
 #include "pipeline/VekL3McastModuleManager.h"
 #include "pipeline/VekMcastL3IntfSm.h"
 #include "runtime/cordex/EntityManager.h"
 #include "runtime/lumo/Ptr.h"
-#include "runtime/qel/CollectionAttr.h"
 #include "runtime/qel/InstantiatingAttr.h"
-#include "runtime/qel/NestedSmCollection.h"
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/sharedmem/EntityManager.h"
 #include "runtime/state/AddressFamily.h"
-#include "runtime/state/MvpnIntfStatus.h"
+#include "runtime/state/ByFamily.h"
 #include "runtime/state/VrfName.h"
-#include "runtime/state/bridging/Config.h"
-#include "runtime/state/bridging/HwCapabilities.h"
-#include "runtime/state/bridging/IgmpSnoopingStatus.h"
-#include "runtime/state/intf/IntfStatusDir.h"
-#include "runtime/state/intf/IntfStatusManagerRoot.h"
-#include "runtime/state/intf/IntfVlanIdTable.h"
-#include "runtime/state/intf/VrfDeviceIntfStatusDir.h"
-#include "runtime/state/intf/VrfStatusLocalDir.h"
-#include "runtime/state/irb/IgmpProxyStatus.h"
-#include "runtime/state/irb/McastIrbStatus.h"
-#include "runtime/state/kernelmfib/ConfigColl.h"
-#include "runtime/state/kernelmfib/StatusColl.h"
-#include "runtime/state/kni/KernelNetInfoRoot.h"
-#include "runtime/state/multicast/HwRouteStatus.h"
-#include "runtime/state/multicast/IpTunnelDecapConfig.h"
-#include "runtime/state/multicast/IpTunnelForwardingStatus.h"
 #include "runtime/state/multicast/MfibDir.h"
 #include "runtime/state/multicast/MfibVrfDir.h"
-#include "runtime/state/multicast/MulticastIntfsAppDir.h"
-#include "runtime/state/multicast/MulticastIntfsAppRootSmColl.h"
-#include "runtime/state/multicast/OismFloodSet.h"
-#include "runtime/state/vrf/NameToIdMapWrapper.h"
-#include "runtime/state/vrf/VrfIdMapStatus.h"
 #include "runtime/state/vrf/VrfNameToIdCollection.h"
-#include "runtime/state/vxlan/RemoteVniToVlanStatus.h"
-#include "runtime/state/vxlan/VtiStatusDir.h"
 #include "runtime/trace/Trace.h"
 #include "runtime/vek/CmdConfigGroup.h"
 #include "runtime/vek/GrpcGlobalCmdConfig.h"
@@ -65,9 +37,11 @@
 namespace VekL3Mcast {
 
 // The root of the multicast control side. It holds every input of central state, mounts
-// what it needs, owns the pipeline and, once all stands, lets the daemon's workers run.
-// Per VRF it brings a pipeline up when the hosting agent asks (startMfibSm) and takes it
-// down again (stopMfibSm).
+// what it needs in a fixed order, owns the pipeline and, once all stands, lets the daemon's
+// workers run. The work is done by one part per concern, each made here and handed what it
+// reads: the VRF ids (VrfIdTracker), the VRFs' namespace state (VrfNamespaces), the VRFs'
+// pipelines (VrfPipelineControl), and the worker tasks (MfibWorkerTasks). What lives beside a
+// VRF's pipeline registers as a VRF-lifecycle listener.
 //
 // With `oru` false the agent is the reduced one: FIB and IGMPv2 modules only, hardware VRF
 // ids, worker tasks on every worker, and no daemon-level commands of its own.
@@ -81,65 +55,23 @@ class MfaAgent : public Qel::StateMachine {
     kManagementSm,
     kVrfNameToIdColl,
     kMcastModuleManager,
-    kIntfStatusManagerRoot,
-    kIntfVlanIdTable,
-    kVrfDeviceIntfStatusDir,
-    kMcastIntfRoot,
-    kMcastIntfRoot6,
+    kVrfIdTracker,
+    kVrfNamespaces,
+    kMfibWorkerTasks,
+    kVrfPipelineControl,
     kMfibDirSm,
     kMfib6DirSm,
     kMfibVrfDir,
     kMfib6VrfDir,
     kCmdConfigGroup,
-    kMfibModule,
-    kMfib6Module,
-    kMfibSm,
-    kMfib6Sm,
-    kMcastAnyRxSet,
-    kPimRegRxVrf,
-    kPimRegRx6Vrf,
     kTxDemuxerL3IntfSm,
-    kAllIntfStatusDir,
-    kAllIntfStatusLocalDir,
-    kAllVrfStatusLocal,
-    kBridgingConfig,
-    kHwCapabilities,
-    kVrfNameStatus,
-    kHwVrfIdToNameStatus,
-    kVrfIdToNameStatus,
-    kMvpnIntfStatus,
-    kKernelMfibConfigColl,
-    kKernelMfibConfigColl6,
-    kKernelMfibStatusColl,
-    kKernelMfibStatusColl6,
-    kMulticastIntfsAppDir,
-    kMulticast6IntfsAppDir,
-    kMfibDir,
-    kMfib6Dir,
-    kDefaultVrfKniRoot,
-    kRoutingHwRouteStatus,
-    kOismFloodSet,
-    kTunnelFwdingStatus4,
-    kTunnelFwdingStatus6,
-    kTunDecapConfig4,
-    kTunDecapConfig6,
-    kRemoteVniToVlanStaticStatus,
-    kRemoteVniToVlanIrbStatus,
-    kMcastIrbStatus4,
-    kMcastIrbStatus6,
-    kIgmpProxyStatus,
-    kMldProxyStatus,
-    kVtiStatusDir,
-    kGmpVlanGroupMembershipStatus4,
-    kGmpVlanGroupMembershipStatus6,
+    kMcastIntfModuleSm,
     kInitialized,
     kMvxlanInitialized,
     kMMplsInitialized,
-    kMcastIntfModuleSm,
   };
   // The name of the agent's own group of daemon-level commands.
   static constexpr std::string_view cmdConfigGroupName = "mfaAgent";
-  static constexpr std::string_view vrfDeviceIntfStatusDirName = "vdisd";
   static constexpr std::string_view intfVlanIdTableName = "intfVlanIdTable";
 
   MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
@@ -154,8 +86,12 @@ class MfaAgent : public Qel::StateMachine {
 
   // Brings up the pipeline of a VRF and family; a call before the agent is initialized is
   // lost. Starting what stands changes nothing.
-  void startMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  void stopMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void startMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) {
+    vrfPipelineControl()->startMfibSm(vrf, af);
+  }
+  void stopMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) {
+    vrfPipelineControl()->stopMfibSm(vrf, af);
+  }
   // The FIB module of a VRF and family; null while the agent is not initialized.
   Lumo::Ptr<MfibAf> getMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af) const;
 
@@ -167,6 +103,7 @@ class MfaAgent : public Qel::StateMachine {
   bool mMplsInitialized() const noexcept { return mMplsInitialized_.get(); }
   void initializedIsForTest(bool initialized) { initialized_.is(*this, initialized); }
 
+  // What the hosting agent handed over.
   const Lumo::Ptr<Cordex::EntityManager>& entityManager() const noexcept {
     return entityManager_.get();
   }
@@ -184,57 +121,38 @@ class MfaAgent : public Qel::StateMachine {
     return vrfNameToIdColl_.get();
   }
 
-  // Owned objects.
+  // The mounted inputs, for every part that reads them; complete once initialized.
+  const MfaInputs& inputs() const noexcept { return inputs_; }
+  // The parts of the agent that mount or follow an input write it here.
+  MfaInputs& inputsForMount() noexcept { return inputs_; }
+
+  // ---- The concerns ----
+
+  const Lumo::Ptr<VrfIdTracker>& vrfIdTracker() const noexcept { return vrfIdTracker_.get(); }
+  const Lumo::Ptr<VrfNamespaces>& vrfNamespaces() const noexcept { return vrfNamespaces_.get(); }
+  const Lumo::Ptr<MfibWorkerTasks>& mfibWorkerTasks() const noexcept {
+    return mfibWorkerTasks_.get();
+  }
+  const Lumo::Ptr<VrfPipelineControl>& vrfPipelineControl() const noexcept {
+    return vrfPipelineControl_.get();
+  }
+  // Who hears of each VRF's start, stop and id change; a listener registers once made.
+  VrfLifecycleListeners& vrfLifecycleListeners() noexcept { return vrfLifecycleListeners_; }
+  void vrfLifecycleListenerIs(VrfLifecycleListener& listener) {
+    vrfLifecycleListeners_.listenerIs(listener);
+  }
+  void vrfLifecycleListenerDel(VrfLifecycleListener& listener) {
+    vrfLifecycleListeners_.listenerDel(listener);
+  }
+  // Where the replies to a registration with the daemon find what to do.
+  RegistrationReplyTable& registrationReplies() noexcept {
+    return mfibWorkerTasks()->registrationReplies();
+  }
+
+  // ---- Owned objects ----
+
   const Lumo::Ptr<McastModuleManager>& mcastModuleManager() const noexcept {
     return mcastModuleManager_.get();
-  }
-  const Lumo::Ptr<Interface::IntfStatusManagerRoot>& intfStatusManagerRoot() const noexcept {
-    return intfStatusManagerRoot_.get();
-  }
-  Lumo::Ptr<Interface::IntfStatusManagerRoot> intfStatusManagerRootIs(
-      const Lumo::Ptr<Interface::IntfStatusDir const>& all,
-      const Lumo::Ptr<Interface::IntfStatusDir const>& local, bool filterByNetNs) {
-    return intfStatusManagerRoot_.is(*this, all, local, filterByNetNs);
-  }
-  const Lumo::Ptr<IntfVlanId::Table const>& intfVlanIdTable() const noexcept {
-    return intfVlanIdTable_.get();
-  }
-  // Opens the interface VLAN table of that name.
-  void intfVlanIdTableIs(std::string_view name);
-  const Lumo::Ptr<Interface::VrfDeviceIntfStatusDir>& vrfDeviceIntfStatusDir() const noexcept {
-    return vrfDeviceIntfStatusDir_.get();
-  }
-  Lumo::Ptr<Interface::VrfDeviceIntfStatusDir> vrfDeviceIntfStatusDirIs(const Lumo::String& name) {
-    return vrfDeviceIntfStatusDir_.is(*this, name);
-  }
-  const Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>& mcastIntfRoot(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mcastIntfRoot6_.get() : mcastIntfRoot_.get();
-  }
-  const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& mfibVrfDir(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6VrfDir_.get() : mfibVrfDir_.get();
-  }
-  Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir> mfibVrfDirIs() {
-    return mfibVrfDir_.is(*this, Lanx::AddressFamily::ipv4);
-  }
-  Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir> mfib6VrfDirIs() {
-    return mfib6VrfDir_.is(*this, Lanx::AddressFamily::ipv6);
-  }
-  const Lumo::Ptr<MfibDirSm>& mfibDirSm(Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6DirSm_.get() : mfibDirSm_.get();
-  }
-  Lumo::Ptr<MfibDirSm> mfibDirSmIs(
-      const Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>& dir,
-      const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& vrfDir,
-      const Lumo::Ptr<Cordex::EntityManager>& entityManager) {
-    return mfibDirSm_.is(*this, dir, vrfDir, entityManager);
-  }
-  Lumo::Ptr<MfibDirSm> mfib6DirSmIs(
-      const Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>& dir,
-      const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& vrfDir,
-      const Lumo::Ptr<Cordex::EntityManager>& entityManager) {
-    return mfib6DirSm_.is(*this, dir, vrfDir, entityManager);
   }
   const Lumo::Ptr<Vek::CmdConfigGroup>& cmdConfigGroup() const noexcept {
     return cmdConfigGroup_.get();
@@ -242,109 +160,19 @@ class MfaAgent : public Qel::StateMachine {
   // The agent's group of daemon-level commands: the group of that name that
   // globalCmdConfig has, or a new one registered there.
   void cmdConfigGroupIs(const Lumo::String& name);
-
-  // Per VRF.
-  Lumo::Ptr<MfibAf> mfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.get(vrf) : mfibModule_.get(vrf);
-  }
-  const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<MfibAf>>& mfibModules(
+  const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& mfibVrfDir(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.members() : mfibModule_.members();
+    return af == Lanx::AddressFamily::ipv6 ? mfib6VrfDir_.get() : mfibVrfDir_.get();
   }
-  void mfibModuleIs(const Lumo::Ptr<MfibAf>& module);
-  void mfibModuleDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  Lumo::Ptr<VekL3MfibSm> mfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.get(vrf) : mfibSm_.get(vrf);
+  const Lumo::Ptr<MfibDirSm>& mfibDirSm(Lanx::AddressFamily af) const noexcept {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6DirSm_.get() : mfibDirSm_.get();
   }
-  const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<VekL3MfibSm>>& mfibSms(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.members() : mfibSm_.members();
-  }
-  // The route machine of a VRF and family; it hangs below the agent.
-  Lumo::Ptr<VekL3MfibSm> mfibSmIs(const L3::VrfName& vrf, Lanx::AddressFamily af, bool oru,
-                                  const Lumo::Ptr<MfibAf>& module,
-                                  const Lumo::Ptr<Vek::ModuleConfigStatusPair>& pair,
-                                  const Lumo::Ptr<Vek::CmdConfigGroup>& group,
-                                  const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
-                                  const Lumo::Ptr<Dov::TaskScheduler>& scheduler);
-  void mfibSmDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  Lumo::Ptr<McastAnyRxSet> mcastAnyRxSet(const L3::VrfName& vrf) const {
-    return mcastAnyRxSet_.get(vrf);
-  }
-  void mcastAnyRxSetIs(const Lumo::Ptr<McastAnyRxSet>& set) {
-    mcastAnyRxSet_.is(*this, set->vrfName(), set);
-  }
-  void mcastAnyRxSetDel(const L3::VrfName& vrf) { mcastAnyRxSet_.del(*this, vrf); }
-  Lumo::Ptr<PimRegRx> pimRegRxVrf(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? pimRegRx6Vrf_.get(vrf) : pimRegRxVrf_.get(vrf);
-  }
-  void pimRegRxVrfIs(const L3::VrfName& vrf, Lanx::AddressFamily af,
-                     const Lumo::Ptr<PimRegRx>& port);
-  void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
   // The multicast interface tracker; the full agent only.
   const Lumo::Ptr<McastIntfModuleSm>& mcastIntfModuleSm() const noexcept {
     return mcastIntfModuleSm_.get();
   }
-  Lumo::Ptr<McastIntfModuleSm> mcastIntfModuleSmIs(
-      const Lumo::Ptr<McastModuleManager>& manager, const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
-      const Lumo::Ptr<Vek::CmdConfigGroup>& group, const Lumo::Ptr<McastIntfModuleSm::Roots const>& root,
-      const Lumo::Ptr<McastIntfModuleSm::Roots const>& root6,
-      const Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>& deviceDir,
-      const Lumo::Ptr<IntfVlanId::Table const>& vlanTable, const Lumo::Ptr<Qel::Clock const>& clock) {
-    return mcastIntfModuleSm_.is(*this, manager, vekcsd, group, root, root6, deviceDir, vlanTable,
-                                 clock);
-  }
   const Lumo::Ptr<VekMcastL3IntfSm>& txDemuxerL3IntfSm() const noexcept {
     return txDemuxerL3IntfSm_.get();
-  }
-  Lumo::Ptr<VekMcastL3IntfSm> txDemuxerL3IntfSmIs(const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
-                                                  const Lumo::Ptr<McastModuleManager>& manager) {
-    return txDemuxerL3IntfSm_.is(*this, vekcsd, manager);
-  }
-  bool mfibVrfAdapterSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_.has(vrf)
-                                           : HN_NestedSm_MfibVrfAdapter_.has(vrf);
-  }
-  bool appRootSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_AppRoot6Sm_.has(vrf)
-                                           : HN_NestedSm_AppRootSm_.has(vrf);
-  }
-  void appRootSmDelAll() { HN_NestedSm_AppRootSm_.smDelAll(); }
-  void appRoot6SmDelAll() { HN_NestedSm_AppRoot6Sm_.smDelAll(); }
-
-  // Central inputs.
-  const Lumo::Ptr<Bridging::Config const>& bridgingConfig() const noexcept {
-    return bridgingConfig_.get();
-  }
-  void bridgingConfigIs(Lumo::Ptr<Bridging::Config const> config);
-  const Lumo::Ptr<Vrf::VrfIdMap::NameToIdMapWrapper const>& vrfNameStatus() const noexcept {
-    return vrfNameStatus_.get();
-  }
-  void vrfNameStatusIs(Lumo::Ptr<Vrf::VrfIdMap::NameToIdMapWrapper const> status);
-  const Lumo::Ptr<Vrf::VrfIdMap::Status const>& hwVrfIdToNameStatus() const noexcept {
-    return hwVrfIdToNameStatus_.get();
-  }
-  void hwVrfIdToNameStatusIs(Lumo::Ptr<Vrf::VrfIdMap::Status const> status);
-  const Lumo::Ptr<Vrf::VrfIdMap::Status const>& vrfIdToNameStatus() const noexcept {
-    return vrfIdToNameStatus_.get();
-  }
-  const Lumo::Ptr<Routing::KernelMfib::ConfigColl const>& kernelMfibConfigColl(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? kernelMfibConfigColl6_.get()
-                                           : kernelMfibConfigColl_.get();
-  }
-  const Lumo::Ptr<Routing::KernelMfib::StatusColl>& kernelMfibStatusColl(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? kernelMfibStatusColl6_.get()
-                                           : kernelMfibStatusColl_.get();
-  }
-  const Lumo::Ptr<Routing::Multicast::MulticastIntfsAppDir const>& multicastIntfsAppDir(
-      Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? multicast6IntfsAppDir_.get()
-                                           : multicastIntfsAppDir_.get();
-  }
-  const Lumo::Ptr<KernelNetInfo::Root const>& defaultVrfKniRoot() const noexcept {
-    return defaultVrfKniRoot_.get();
   }
 
   // ---- Reactors and steps ----
@@ -352,27 +180,6 @@ class MfaAgent : public Qel::StateMachine {
   void handleInitialized() override;
   // Traces every error record the daemon sent back, once the agent is initialized.
   void handleMfaGrpcError();
-  void handleResp();
-  void handleVrfNameToIdMap();
-  void handleVrfNameToId();
-  void handleVrfNameToId(const Lumo::String& name);
-  void handleHwVrfIdToName();
-  void handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id);
-  void handleBridgeMacAddr();
-  void handleAppRootSm(Lanx::AddressFamily af, const L3::VrfName& vrf);
-  void handleMcastIntf(const L3::VrfName& vrf, Lanx::IntfId intf, Lanx::AddressFamily af);
-  void handleMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  void handleKernelMfibConfig(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  void handleMfibVrfAdapter(Lanx::AddressFamily af, const L3::VrfName& vrf);
-  // Puts a module's task under the weighted class of the worker that is next in line.
-  void attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight);
-  void attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set);
-  void attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port);
-  // The classes of a VRF's tasks stay in the daemon after its stop, and a new start makes
-  // the same names again; there is nothing to remove.
-  void removeMfibCleanupTc(const std::string& tcName) { (void)tcName; }
-  void createKniSm(const L3::VrfName& vrf);
-  void deleteKniSm(const L3::VrfName& vrf);
   // Lets the daemon's workers run; the full agent only.
   void resumeWorkers();
   void handleDelete();
@@ -389,46 +196,12 @@ class MfaAgent : public Qel::StateMachine {
   void doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
   void doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
   void doGetFamilyInputs(Lanx::AddressFamily af);
-  // The id of a VRF name in vrfNameStatus now; none if it has none.
-  Vrf::VrfIdMap::VrfId curVrfNameToId(const L3::VrfName& vrf) const;
-  // The id a VRF's modules are made with: software id in the full agent, hardware id in
-  // the reduced one.
-  Vrf::VrfIdMap::VrfId vrfIdForModules(const L3::VrfName& vrf) const;
-  void doCorruptionDetected(const Lumo::String& msg);
-  // Responses to the registration of the FIB modules' worker tasks.
-  void createMfibNoCacheTc(const google::protobuf::Any& any);
-  void createMfibCleanupTc(const google::protobuf::Any& any);
-  void createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any);
-  void createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any);
-  // Puts a worker task under its rate-limiting class of that worker.
-  void doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase, bool cleanup,
-                          const std::string& taskName, std::uint32_t taskId);
-  void handleAppRootSm4(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv4, vrf); }
-  void handleAppRootSm6(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv6, vrf); }
-  void handleVrfNameToIdKey(const Lumo::String& name) { handleVrfNameToId(name); }
-  void handleHwVrfIdToNameKey(const Vrf::VrfIdMap::VrfId& id) { handleHwVrfIdToName(id); }
-  void handleKernelMfibConfig4(const L3::VrfName& vrf) {
-    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv4);
-  }
-  void handleKernelMfibConfig6(const L3::VrfName& vrf) {
-    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv6);
-  }
-  void handleMfibVrfAdapter4(const L3::VrfName& vrf) {
-    handleMfibVrfAdapter(Lanx::AddressFamily::ipv4, vrf);
-  }
-  void handleMfibVrfAdapter6(const L3::VrfName& vrf) {
-    handleMfibVrfAdapter(Lanx::AddressFamily::ipv6, vrf);
-  }
-  // Brings up a VRF's FIB module and what it needs, unless it stands.
-  void doCreateMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af,
-                          Vrf::VrfIdMap::VrfId id);
-  void doCreateMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  // Binds the reactors that follow the status queues and the name map; binding runs them.
+  // Binds the reactors that follow the status queues; binding runs them.
   void qel_ConfigStatusPair_ModuleStatusInIs(const Lumo::Ptr<Vek::ModuleStatus>& status);
-  void qel_VrfNameStatus_NameToIdMapInIs(
-      const Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap const>& nameToIdMap);
 
   const bool oru_;
+  MfaInputs inputs_;
+  VrfLifecycleListeners vrfLifecycleListeners_;
 
   Qel::ValueAttr<Lumo::Ptr<Cordex::EntityManager>, kEntityManager> entityManager_;
   Qel::ValueAttr<Lumo::Ptr<Vek::ModuleConfigStatusPair>, kConfigStatusPair> configStatusPair_;
@@ -438,18 +211,14 @@ class MfaAgent : public Qel::StateMachine {
   Qel::ValueAttr<Lumo::Ptr<VrfNameToIdCollection>, kVrfNameToIdColl> vrfNameToIdColl_;
 
   Qel::ValueAttr<Lumo::Ptr<McastModuleManager>, kMcastModuleManager> mcastModuleManager_;
-  Qel::InstantiatingAttr<Interface::IntfStatusManagerRoot, kIntfStatusManagerRoot,
-                         "intfStatusManagerRoot", Lumo::Ptr<Interface::IntfStatusDir const>,
-                         Lumo::Ptr<Interface::IntfStatusDir const>, bool>
-      intfStatusManagerRoot_;
-  Qel::ValueAttr<Lumo::Ptr<IntfVlanId::Table const>, kIntfVlanIdTable> intfVlanIdTable_;
-  Qel::InstantiatingAttr<Interface::VrfDeviceIntfStatusDir, kVrfDeviceIntfStatusDir,
-                         "vrfDeviceIntfStatusDir", Lumo::String>
-      vrfDeviceIntfStatusDir_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot>
-      mcastIntfRoot_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot6>
-      mcastIntfRoot6_;
+  Qel::InstantiatingAttr<VrfPipelineControl, kVrfPipelineControl, "vrfPipelineControl",
+                         MfaAgent*>
+      vrfPipelineControl_;
+  Qel::InstantiatingAttr<VrfIdTracker, kVrfIdTracker, "vrfIdTracker", MfaAgent*> vrfIdTracker_;
+  Qel::InstantiatingAttr<VrfNamespaces, kVrfNamespaces, "vrfNamespaces", MfaAgent*>
+      vrfNamespaces_;
+  Qel::InstantiatingAttr<MfibWorkerTasks, kMfibWorkerTasks, "mfibWorkerTasks", MfaAgent*>
+      mfibWorkerTasks_;
   Qel::InstantiatingAttr<MfibDirSm, kMfibDirSm, "mfibDirSm",
                          Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>,
                          Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>,
@@ -467,14 +236,6 @@ class MfaAgent : public Qel::StateMachine {
                          Lanx::AddressFamily>
       mfib6VrfDir_;
   Qel::ValueAttr<Lumo::Ptr<Vek::CmdConfigGroup>, kCmdConfigGroup> cmdConfigGroup_;
-
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfibModule> mfibModule_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfib6Module> mfib6Module_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfibSm> mfibSm_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfib6Sm> mfib6Sm_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<McastAnyRxSet>, kMcastAnyRxSet> mcastAnyRxSet_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRxVrf> pimRegRxVrf_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRx6Vrf> pimRegRx6Vrf_;
   Qel::InstantiatingAttr<VekMcastL3IntfSm, kTxDemuxerL3IntfSm, "txDemuxerL3IntfSm",
                          Lumo::Ptr<Vek::VekCommonSmData>, Lumo::Ptr<McastModuleManager>>
       txDemuxerL3IntfSm_;
@@ -485,83 +246,6 @@ class MfaAgent : public Qel::StateMachine {
                          Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>,
                          Lumo::Ptr<IntfVlanId::Table const>, Lumo::Ptr<Qel::Clock const>>
       mcastIntfModuleSm_;
-  Qel::NestedSmCollection<MfaAgent, NestedSm_MfibVrfAdapter,
-                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
-      HN_NestedSm_MfibVrfAdapter_{this};
-  Qel::NestedSmCollection<MfaAgent, NestedSm_MfibVrfAdapter,
-                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
-      HN_NestedSm_Mfib6VrfAdapter_{this};
-  Qel::NestedSmCollection<MfaAgent, NestedSm_AppRootSm,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_AppRootSm_{this};
-  Qel::NestedSmCollection<MfaAgent, NestedSm_AppRootSm,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_AppRoot6Sm_{this};
-
-  Qel::ValueAttr<Lumo::Ptr<Interface::IntfStatusDir const>, kAllIntfStatusDir> allIntfStatusDir_;
-  Qel::ValueAttr<Lumo::Ptr<Interface::IntfStatusDir const>, kAllIntfStatusLocalDir>
-      allIntfStatusLocalDir_;
-  Qel::ValueAttr<Lumo::Ptr<Ip::VrfStatusLocalDir const>, kAllVrfStatusLocal> allVrfStatusLocal_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::Config const>, kBridgingConfig> bridgingConfig_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::HwCapabilities const>, kHwCapabilities> hwCapabilities_;
-  Qel::ValueAttr<Lumo::Ptr<Vrf::VrfIdMap::NameToIdMapWrapper const>, kVrfNameStatus>
-      vrfNameStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Vrf::VrfIdMap::Status const>, kHwVrfIdToNameStatus>
-      hwVrfIdToNameStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Vrf::VrfIdMap::Status const>, kVrfIdToNameStatus> vrfIdToNameStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MvpnIntfStatus const>, kMvpnIntfStatus>
-      mvpnIntfStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::KernelMfib::ConfigColl const>, kKernelMfibConfigColl>
-      kernelMfibConfigColl_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::KernelMfib::ConfigColl const>, kKernelMfibConfigColl6>
-      kernelMfibConfigColl6_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::KernelMfib::StatusColl>, kKernelMfibStatusColl>
-      kernelMfibStatusColl_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::KernelMfib::StatusColl>, kKernelMfibStatusColl6>
-      kernelMfibStatusColl6_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppDir const>,
-                 kMulticastIntfsAppDir>
-      multicastIntfsAppDir_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppDir const>,
-                 kMulticast6IntfsAppDir>
-      multicast6IntfsAppDir_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>, kMfibDir> mfibDir_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>, kMfib6Dir> mfib6Dir_;
-  Qel::ValueAttr<Lumo::Ptr<KernelNetInfo::Root const>, kDefaultVrfKniRoot> defaultVrfKniRoot_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Hardware::RouteStatus const>, kRoutingHwRouteStatus>
-      routingHwRouteStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::Evpn::OismFloodSet const>, kOismFloodSet>
-      oismFloodSet_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const>,
-                 kTunnelFwdingStatus4>
-      tunnelFwdingStatus4_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const>,
-                 kTunnelFwdingStatus6>
-      tunnelFwdingStatus6_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const>, kTunDecapConfig4>
-      tunDecapConfig4_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const>, kTunDecapConfig6>
-      tunDecapConfig6_;
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const>, kRemoteVniToVlanStaticStatus>
-      remoteVniToVlanStaticStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const>, kRemoteVniToVlanIrbStatus>
-      remoteVniToVlanIrbStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::McastIrbStatus const>, kMcastIrbStatus4>
-      mcastIrbStatus4_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::McastIrbStatus const>, kMcastIrbStatus6>
-      mcastIrbStatus6_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>, kIgmpProxyStatus>
-      igmpProxyStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>, kMldProxyStatus>
-      mldProxyStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::VtiStatusDir const>, kVtiStatusDir> vtiStatusDir_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::IgmpSnooping::Status const>, kGmpVlanGroupMembershipStatus4>
-      gmpVlanGroupMembershipStatus4_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::IgmpSnooping::Status const>, kGmpVlanGroupMembershipStatus6>
-      gmpVlanGroupMembershipStatus6_;
-
-  // The name map the chained reactor follows; the wrapper may replace it.
-  Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap const> nameToIdMap_;
 
   Qel::ValueAttr<bool, kInitialized> initialized_;
   Qel::ValueAttr<bool, kMvxlanInitialized> mvxlanInitialized_;
@@ -571,39 +255,6 @@ class MfaAgent : public Qel::StateMachine {
   Qel::SmSubscriber<MfaAgent> moduleStatusErrorReactor_{
       this, &Qel::reactorDispatch<MfaAgent, Vek::ModuleStatus::errorQueueAttrId,
                                   &MfaAgent::handleMfaGrpcError>};
-  Qel::SmSubscriber<MfaAgent> moduleStatusResponseReactor_{
-      this, &Qel::reactorDispatch<MfaAgent, Vek::ModuleStatus::responseQueueAttrId,
-                                  &MfaAgent::handleResp>};
-  Qel::SmSubscriber<MfaAgent> vrfNameStatusReactor_{
-      this, &Qel::reactorDispatch<MfaAgent, Vrf::VrfIdMap::NameToIdMapWrapper::kNameToIdMap,
-                                  &MfaAgent::handleVrfNameToIdMap>};
-  Qel::SmSubscriber<MfaAgent> nameToIdMapReactor_{
-      this, &Qel::reactorDispatch<MfaAgent, Vrf::VrfIdMap::NameToIdMap::kVrfId,
-                                  &MfaAgent::handleVrfNameToIdKey>};
-  Qel::SmSubscriber<MfaAgent> hwVrfIdToNameStatusDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Vrf::VrfIdMap::Status::kVrfEntry,
-                                  &MfaAgent::handleHwVrfIdToNameKey>};
-  Qel::SmSubscriber<MfaAgent> bridgingConfigDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Bridging::Config::kBridgeMacAddr,
-                                  &MfaAgent::handleBridgeMacAddr>};
-  Qel::SmSubscriber<MfaAgent> mcastIntfRootDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
-                                  &MfaAgent::handleAppRootSm4>};
-  Qel::SmSubscriber<MfaAgent> kernelMfibConfigCollDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::KernelMfib::ConfigColl::kConfig,
-                                  &MfaAgent::handleKernelMfibConfig4>};
-  Qel::SmSubscriber<MfaAgent> kernelMfibConfigColl6Dispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::KernelMfib::ConfigColl::kConfig,
-                                  &MfaAgent::handleKernelMfibConfig6>};
-  Qel::SmSubscriber<MfaAgent> mfibVrfDirDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
-                                  &MfaAgent::handleMfibVrfAdapter4>};
-  Qel::SmSubscriber<MfaAgent> mfib6VrfDirDispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
-                                  &MfaAgent::handleMfibVrfAdapter6>};
-  Qel::SmSubscriber<MfaAgent> mcastIntfRoot6Dispatch_{
-      this, &Qel::reactorDispatch<MfaAgent, Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
-                                  &MfaAgent::handleAppRootSm6>};
 };
 
 }  // namespace VekL3Mcast

@@ -40,7 +40,7 @@ TEST_F(AgentLifecycleTest, FullAgentMountsInItsFixedOrderAndEndsInitialized) {
   EXPECT_TRUE(agent->initialized());
   EXPECT_TRUE(agent->mvxlanInitialized());
   EXPECT_TRUE(agent->mMplsInitialized());
-  EXPECT_EQ(agent->defaultVrfKniRoot().get(),
+  EXPECT_EQ(agent->inputs().defaultVrfKniRoot.get(),
             &state->kernelDevices(L3::VrfName::defaultVrf().nsName()));
 }
 
@@ -51,8 +51,8 @@ TEST_F(AgentLifecycleTest, ReducedAgentMountsOnlyTheDefaultNamespaceAndKeepsTheO
   EXPECT_FALSE(agent->mvxlanInitialized());
   EXPECT_FALSE(agent->mMplsInitialized());
   // The hardware table is read without a mount.
-  EXPECT_EQ(agent->hwVrfIdToNameStatus().get(), &state->hwVrfIdMap());
-  EXPECT_EQ(agent->defaultVrfKniRoot(), nullptr);
+  EXPECT_EQ(agent->inputs().hwVrfIdToNameStatus.get(), &state->hwVrfIdMap());
+  EXPECT_EQ(agent->inputs().defaultVrfKniRoot, nullptr);
 }
 
 TEST_F(AgentLifecycleTest, AGroupOfTheSameNameIsTakenOverNotReplaced) {
@@ -70,7 +70,7 @@ TEST_F(AgentLifecycleTest, NotInitializedHidesTheFibModules) {
   auto module = Lumo::makePtr<VekL3Mcast::MfibAf>(
       "MfibIpv4red", Vek::VekModule::mfib, 8192, 8192, nullptr, pair, L3::VrfName("red"),
       AddressFamily::ipv4);
-  agent->mfibModuleIs(module);
+  agent->vrfPipelineControl()->mfibModuleIs(module);
   EXPECT_EQ(agent->getMfibModule(L3::VrfName("red"), AddressFamily::ipv4), module);
   EXPECT_EQ(getMfibModule(agent.get(), "red", 1), module.get());
   EXPECT_EQ(getMfibModule(agent.get(), "red", 2), nullptr);

@@ -64,7 +64,7 @@ TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   agent->startMfibSm(red, AddressFamily::ipv4);
   agent->startMfibSm(red, AddressFamily::ipv6);
   EXPECT_THAT(mountLog(), Contains("mount kni/ns/ns-red/status KernelNetInfo::Status").Times(1));
-  auto devices = agent->vrfDeviceIntfStatusDir()
+  auto devices = agent->vrfNamespaces()->vrfDeviceIntfStatusDir()
                      ->deviceVrfIntfStatusDir(red.nsName())
                      ->deviceIntfStatusDir("KernelIntfs");
   ASSERT_NE(devices, nullptr);
@@ -75,17 +75,17 @@ TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   agent->stopMfibSm(red, AddressFamily::ipv4);
   agent->stopMfibSm(red, AddressFamily::ipv6);
   EXPECT_EQ(mountLog().back(), "unmount kni/ns/ns-red/status");
-  EXPECT_FALSE(agent->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
+  EXPECT_FALSE(agent->vrfNamespaces()->vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirHas(red.nsName()));
 }
 
 TEST_F(AgentVrfTest, ModuleGoneDropsTheVrfsInterfaceFollowerAndKernelStatus) {
   state->multicastIntfs(AddressFamily::ipv4).vrfIs(red)->multicastIntfIs(et2);
   makeAgent(true);
   agent->startMfibSm(red, AddressFamily::ipv4);
-  EXPECT_TRUE(agent->appRootSmHas(red, AddressFamily::ipv4));
+  EXPECT_TRUE(agent->vrfPipelineControl()->appRootSmHas(red, AddressFamily::ipv4));
   agent->stopMfibSm(red, AddressFamily::ipv4);
-  EXPECT_EQ(agent->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
-  EXPECT_FALSE(agent->appRootSmHas(red, AddressFamily::ipv4));
+  EXPECT_EQ(agent->vrfPipelineControl()->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
+  EXPECT_FALSE(agent->vrfPipelineControl()->appRootSmHas(red, AddressFamily::ipv4));
   EXPECT_FALSE(state->kernelMfibStatus(AddressFamily::ipv4).vrfStatusHas(red));
   EXPECT_EQ(agent->getMfibModule(red, AddressFamily::ipv4), nullptr);
 }
@@ -126,7 +126,7 @@ TEST_F(AgentVrfTest, CallsBeforeTheAgentIsUpAndOfOtherFamiliesChangeNothing) {
   makeAgent(true);
   agent->initializedIsForTest(false);
   agent->startMfibSm(red, AddressFamily::ipv4);
-  EXPECT_EQ(agent->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
+  EXPECT_EQ(agent->vrfPipelineControl()->mcastIntfRoot(AddressFamily::ipv4)->vrfSm(red), nullptr);
   agent->initializedIsForTest(true);
   agent->startMfibSm(red, AddressFamily::none);
   EXPECT_THAT(mountLog(), Not(Contains("mount kni/ns/ns-red/status KernelNetInfo::Status")));

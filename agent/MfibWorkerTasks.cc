@@ -1,11 +1,11 @@
+#include "agent/MfibWorkerTasks.h"
+
 #include <fmt/format.h>
+
 
 #include "agent/VekMfaAgent.h"
 #include "proto/vek.pb.h"
 #include "runtime/trace/Trace.h"
-
-// The worker tasks of the FIB modules: the daemon answers a registration with the tasks'
-// names and ids, and the agent puts each task under a rate-limiting traffic class.
 
 namespace VekL3Mcast {
 
@@ -32,9 +32,27 @@ bool complete(const vek::pb::MfibTaskIdsArg& arg, bool withFuseTids) {
 
 }  // namespace
 
-void MfaAgent::handleResp() {
-  if (!initialized()) return;
-  const Lumo::Ptr<Vek::ModuleStatus>& status = configStatusPair()->status();
+MfibWorkerTasks::MfibWorkerTasks(MfaAgent* agent) : agent_(agent) {
+  registrationReplies_.actionIs("regMfibTasks",
+                                [this](const auto& any) { createMfibNoCacheTc(any); });
+  registrationReplies_.actionIs("regCleanupTask",
+                                [this](const auto& any) { createMfibCleanupTc(any); });
+  registrationReplies_.actionIs("regMfibTasksForAllWorkers", [this](const auto& any) {
+    createMfibNoCacheTcForAllWorkers(any);
+  });
+  registrationReplies_.actionIs("regCleanupTaskForAllWorkers", [this](const auto& any) {
+    createMfibCleanupTcForAllWorkers(any);
+  });
+}
+
+void MfibWorkerTasks::moduleStatusIs(const Lumo::Ptr<Vek::ModuleStatus>& status) {
+  moduleStatusResponseReactor_.publisherIs(status.get());
+  moduleStatusResponseReactor_.isRegisteredIs(true);
+}
+
+void MfibWorkerTasks::handleResp() {
+  if (!agent_->initialized()) return;
+  const Lumo::Ptr<Vek::ModuleStatus>& status = agent_->configStatusPair()->status();
   while (auto response = status->responseQueueDeq()) {
     if (response->type() != Vek::ModuleStatus::taskIdsResponseType) {
       VEK_TRACE(info, "Module {} type : {} action: {}", response->module(), response->type(),
@@ -45,56 +63,47 @@ void MfaAgent::handleResp() {
       VEK_TRACE(info, " Null Response ");
       continue;
     }
-    const std::string& action = response->action();
-    if (action == "regMfibTasks") {
-      createMfibNoCacheTc(response->payload());
-    } else if (action == "regCleanupTask") {
-      createMfibCleanupTc(response->payload());
-    } else if (action == "regMfibTasksForAllWorkers") {
-      createMfibNoCacheTcForAllWorkers(response->payload());
-    } else if (action == "regCleanupTaskForAllWorkers") {
-      createMfibCleanupTcForAllWorkers(response->payload());
-    }
+    registrationReplies_.run(response->action(), response->payload());
   }
 }
 
-void MfaAgent::doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase,
+void MfibWorkerTasks::doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase,
                                   bool cleanup, const std::string& taskName,
                                   std::uint32_t taskId) {
   // The reduced agent has no group of its own, so no class can be made for it.
-  if (!cmdConfigGroup()) {
+  if (!agent_->cmdConfigGroup()) {
     VEK_TRACE(warn, "No command group for the traffic class of task {}", taskName);
     return;
   }
   const RateLimit& rate = cleanup ? cleanupLimit : noCacheLimit;
   const Lumo::String tcName = Vek::TcManager::getTcName(tcBase, worker, rate.unit, rate.limit);
-  const auto& tcManager = vekcsd()->tcManager();
-  tcManager->createRateLimitTc(cmdConfigGroup(), tcName, "", static_cast<int>(worker), rate.unit,
+  const auto& tcManager = agent_->vekcsd()->tcManager();
+  tcManager->createRateLimitTc(agent_->cmdConfigGroup(), tcName, "", static_cast<int>(worker), rate.unit,
                                rate.limit, -1);
   VEK_TRACE(info, " creating tcName {} and attaching to taskName {}", tcName, taskName);
-  tcManager->attachTaskToTc(cmdConfigGroup(), taskName, tcName, taskId, 1);
-  cmdConfigGroup()->enqueueVersionInc(1);
+  tcManager->attachTaskToTc(agent_->cmdConfigGroup(), taskName, tcName, taskId, 1);
+  agent_->cmdConfigGroup()->enqueueVersionInc(1);
 }
 
-void MfaAgent::createMfibNoCacheTc(const google::protobuf::Any& any) {
+void MfibWorkerTasks::createMfibNoCacheTc(const google::protobuf::Any& any) {
   vek::pb::MfibTaskIdArg arg;
   if (!any.UnpackTo(&arg)) return;
   VEK_TRACE(info, " Received a regMfibTasks response task_name {} wid {} fusetid {} noCacheTid {}",
             arg.task_name(), arg.wid(), arg.fusetid(), arg.nocachetid());
-  for (std::uint32_t worker = 0; worker < vekcsd()->workerCount(); ++worker) {
+  for (std::uint32_t worker = 0; worker < agent_->vekcsd()->workerCount(); ++worker) {
     doAttachWorkerTask(worker, noCacheTcBase(arg.vrf()), false, arg.task_name(), arg.nocachetid());
   }
 }
 
-void MfaAgent::createMfibCleanupTc(const google::protobuf::Any& any) {
+void MfibWorkerTasks::createMfibCleanupTc(const google::protobuf::Any& any) {
   vek::pb::MfibTaskIdArg arg;
   if (!any.UnpackTo(&arg)) return;
-  for (std::uint32_t worker = 0; worker < vekcsd()->workerCount(); ++worker) {
+  for (std::uint32_t worker = 0; worker < agent_->vekcsd()->workerCount(); ++worker) {
     doAttachWorkerTask(worker, cleanupTcBase(arg.vrf()), true, arg.task_name(), arg.nocachetid());
   }
 }
 
-void MfaAgent::createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any) {
+void MfibWorkerTasks::createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any) {
   vek::pb::MfibTaskIdsArg arg;
   if (!any.UnpackTo(&arg)) return;
   VEK_TRACE(info, "NoCacheTask Resp wid_count: {}", arg.wid_count());
@@ -106,7 +115,7 @@ void MfaAgent::createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any
   }
 }
 
-void MfaAgent::createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any) {
+void MfibWorkerTasks::createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any) {
   vek::pb::MfibTaskIdsArg arg;
   if (!any.UnpackTo(&arg)) return;
   VEK_TRACE(info, "CleanupTask Resp wid_count: {}", arg.wid_count());
@@ -116,6 +125,38 @@ void MfaAgent::createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any
               arg.wid(i), arg.task_name(i), arg.vrf());
     doAttachWorkerTask(arg.wid(i), cleanupTcBase(arg.vrf()), true, arg.task_name(i), arg.tid(i));
   }
+}
+
+// ---- Tasks of the receive and port modules ----
+
+void MfibWorkerTasks::attachModuleTask(const Lumo::Ptr<Vek::Module>& module,
+                                       std::uint32_t taskWeight) {
+  const std::uint32_t worker = agent_->managementSm()->allocNextWorker(taskWeight, false);
+  const Lumo::String tcName = agent_->vekcsd()->widToWeightedClass(worker);
+  if (tcName.empty()) return;
+  agent_->vekcsd()->tcManager()->attachTaskToTc(agent_->cmdConfigGroup(), module->name(), tcName,
+                                                0, taskWeight);
+  agent_->cmdConfigGroup()->enqueueVersionInc(1);
+}
+
+void MfibWorkerTasks::attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set) {
+  for (const auto& member : set->mcastAnyRx()) {
+    const McastRxType type = member.key;
+    const Lumo::Ptr<Vek::Module>& rxModule = member.value->rxModule();
+    if (!rxModule) {
+      VEK_TRACE(warn, "Rx module missing for McastAnyRx with type {}, no task to attach", type);
+      continue;
+    }
+    attachModuleTask(rxModule, type == McastRxType::mcastHwFwd ? 128 : 512);
+  }
+}
+
+void MfibWorkerTasks::attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port) {
+  if (!port->rxModule()) {
+    VEK_TRACE(warn, "Rx module missing for PimRegRx, no task to attach");
+    return;
+  }
+  attachModuleTask(port->rxModule(), 512);
 }
 
 }  // namespace VekL3Mcast

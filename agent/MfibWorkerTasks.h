@@ -1,0 +1,63 @@
+#pragma once
+
+#include <google/protobuf/any.pb.h>
+
+#include <cstdint>
+#include <string>
+
+#include "pipeline/McastAnyRxSet.h"
+#include "pipeline/PimRegRx.h"
+#include "pipeline/RegistrationReplyTable.h"
+#include "runtime/lumo/Ptr.h"
+#include "runtime/qel/SmSubscriber.h"
+#include "runtime/qel/StateMachine.h"
+#include "runtime/vek/Module.h"
+#include "runtime/vek/ModuleStatus.h"
+
+namespace VekL3Mcast {
+
+class MfaAgent;
+
+// The worker tasks of the data-plane modules. A module's own task goes under the weighted
+// class of the next worker when the module is made; a FIB module registers its no-cache and
+// cleanup tasks, the daemon answers with their names and ids, and each task then goes under
+// a rate-limiting class of its worker. The daemon's replies are dispatched by their action
+// through a table that other parts put their own registrations' actions into.
+class MfibWorkerTasks : public Qel::StateMachine {
+ public:
+  explicit MfibWorkerTasks(MfaAgent* agent);
+  std::string_view typeName() const override { return "VekL3Mcast::MfibWorkerTasks"; }
+
+  // Follows the response queue of the channel's status; what waits there is taken now.
+  void moduleStatusIs(const Lumo::Ptr<Vek::ModuleStatus>& status);
+  void handleResp();
+  RegistrationReplyTable& registrationReplies() noexcept { return registrationReplies_; }
+
+  // Puts a module's task under the weighted class of the worker that is next in line.
+  void attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight);
+  void attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set);
+  void attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port);
+  // The classes of a VRF's tasks stay in the daemon after its stop, and a new start makes
+  // the same names again; there is nothing to remove.
+  void removeMfibCleanupTc(const std::string& tcName) { (void)tcName; }
+
+  void handleCleanup() { moduleStatusResponseReactor_.isRegisteredIs(false); }
+
+ private:
+  // Replies to the registration of the FIB modules' worker tasks.
+  void createMfibNoCacheTc(const google::protobuf::Any& any);
+  void createMfibCleanupTc(const google::protobuf::Any& any);
+  void createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any);
+  void createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any);
+  // Puts a worker task under its rate-limiting class of that worker.
+  void doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase, bool cleanup,
+                          const std::string& taskName, std::uint32_t taskId);
+
+  MfaAgent* agent_;
+  RegistrationReplyTable registrationReplies_;
+  Qel::SmSubscriber<MfibWorkerTasks> moduleStatusResponseReactor_{
+      this, &Qel::reactorDispatch<MfibWorkerTasks, Vek::ModuleStatus::responseQueueAttrId,
+                                  &MfibWorkerTasks::handleResp>};
+};
+
+}  // namespace VekL3Mcast

@@ -1,0 +1,211 @@
+#pragma once
+
+#include "agent/NestedSm_AppRootSm.h"
+#include "agent/NestedSm_MfibVrfAdapter.h"
+#include "mfib/VekL3MfibModule.h"
+#include "mfib/VekL3MfibSm.h"
+#include "pipeline/McastAnyRxSet.h"
+#include "pipeline/PimRegRx.h"
+#include "runtime/dov/TaskScheduler.h"
+#include "runtime/lumo/Ptr.h"
+#include "runtime/qel/CollectionAttr.h"
+#include "runtime/qel/InstantiatingAttr.h"
+#include "runtime/qel/NestedSmCollection.h"
+#include "runtime/qel/SmSubscriber.h"
+#include "runtime/qel/StateMachine.h"
+#include "runtime/qel/ValueAttr.h"
+#include "runtime/state/AddressFamily.h"
+#include "runtime/state/VrfId.h"
+#include "runtime/state/VrfName.h"
+#include "runtime/state/bridging/Config.h"
+#include "runtime/state/kernelmfib/ConfigColl.h"
+#include "runtime/state/multicast/MfibVrfDir.h"
+#include "runtime/state/multicast/MulticastIntfsAppRootSmColl.h"
+#include "runtime/vek/CmdConfigGroup.h"
+#include "runtime/vek/ModuleConfigStatusPair.h"
+#include "runtime/vek/VekCommonSmData.h"
+
+namespace VekL3Mcast {
+
+class MfaAgent;
+
+// The pipelines of the VRFs. A VRF forwards once its name has an id, the hosting agent has
+// started it (startMfibSm) and its route tables are mounted; the three come in any order and
+// each does what it can. Per VRF and family it holds the FIB module, the route machine, the
+// PIM register port and the machines that follow the VRF's multicast interfaces and route
+// tables; the receive set serves both families.
+class VrfPipelineControl : public Qel::StateMachine {
+ public:
+  enum : Qel::AttributeId {
+    kMcastIntfRoot = 1,
+    kMcastIntfRoot6,
+    kMfibModule,
+    kMfib6Module,
+    kMfibSm,
+    kMfib6Sm,
+    kMcastAnyRxSet,
+    kPimRegRxVrf,
+    kPimRegRx6Vrf,
+  };
+
+  explicit VrfPipelineControl(MfaAgent* agent);
+  std::string_view typeName() const override { return "VekL3Mcast::VrfPipelineControl"; }
+
+  // Brings up the pipeline of a VRF and family; starting what stands changes nothing.
+  void startMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void stopMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+
+  // ---- Per-family inputs ----
+
+  const Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>& mcastIntfRoot(
+      Lanx::AddressFamily af) const noexcept {
+    return af == Lanx::AddressFamily::ipv6 ? mcastIntfRoot6_.get() : mcastIntfRoot_.get();
+  }
+  // Follows the VRF adapters of a family's route directory, those there now included.
+  void mfibVrfDirIs(Lanx::AddressFamily af, const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& dir);
+  // Follows the kernel limits the agent mounted for a family.
+  void kernelMfibConfigCollIs(Lanx::AddressFamily af);
+
+  // ---- Per VRF ----
+
+  Lumo::Ptr<MfibAf> mfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.get(vrf) : mfibModule_.get(vrf);
+  }
+  const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<MfibAf>>& mfibModules(
+      Lanx::AddressFamily af) const noexcept {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.members() : mfibModule_.members();
+  }
+  void mfibModuleIs(const Lumo::Ptr<MfibAf>& module);
+  void mfibModuleDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  Lumo::Ptr<VekL3MfibSm> mfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.get(vrf) : mfibSm_.get(vrf);
+  }
+  const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<VekL3MfibSm>>& mfibSms(
+      Lanx::AddressFamily af) const noexcept {
+    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.members() : mfibSm_.members();
+  }
+  // The route machine of a VRF and family; it hangs below this control.
+  Lumo::Ptr<VekL3MfibSm> mfibSmIs(const L3::VrfName& vrf, Lanx::AddressFamily af, bool oru,
+                                  const Lumo::Ptr<MfibAf>& module,
+                                  const Lumo::Ptr<Vek::ModuleConfigStatusPair>& pair,
+                                  const Lumo::Ptr<Vek::CmdConfigGroup>& group,
+                                  const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd,
+                                  const Lumo::Ptr<Dov::TaskScheduler>& scheduler);
+  void mfibSmDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  Lumo::Ptr<McastAnyRxSet> mcastAnyRxSet(const L3::VrfName& vrf) const {
+    return mcastAnyRxSet_.get(vrf);
+  }
+  void mcastAnyRxSetIs(const Lumo::Ptr<McastAnyRxSet>& set) {
+    mcastAnyRxSet_.is(*this, set->vrfName(), set);
+  }
+  void mcastAnyRxSetDel(const L3::VrfName& vrf) { mcastAnyRxSet_.del(*this, vrf); }
+  Lumo::Ptr<PimRegRx> pimRegRxVrf(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? pimRegRx6Vrf_.get(vrf) : pimRegRxVrf_.get(vrf);
+  }
+  void pimRegRxVrfIs(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                     const Lumo::Ptr<PimRegRx>& port);
+  void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  bool mfibVrfAdapterSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_.has(vrf)
+                                           : HN_NestedSm_MfibVrfAdapter_.has(vrf);
+  }
+  bool appRootSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_AppRoot6Sm_.has(vrf)
+                                           : HN_NestedSm_AppRootSm_.has(vrf);
+  }
+  void appRootSmDelAll() { HN_NestedSm_AppRootSm_.smDelAll(); }
+  void appRoot6SmDelAll() { HN_NestedSm_AppRoot6Sm_.smDelAll(); }
+
+  // ---- Reactors and steps ----
+
+  // Follows the bridge MAC address of the bridging configuration the agent mounted.
+  void bridgingConfigIs();
+  void handleBridgeMacAddr();
+  void handleAppRootSm(Lanx::AddressFamily af, const L3::VrfName& vrf);
+  void handleMcastIntf(const L3::VrfName& vrf, Lanx::IntfId intf, Lanx::AddressFamily af);
+  void handleMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleKernelMfibConfig(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleMfibVrfAdapter(Lanx::AddressFamily af, const L3::VrfName& vrf);
+
+  // The agent's way down, in its order: stop following the inputs, drop the route
+  // machines, then the nested machines.
+  void handleCleanup();
+  void doDeleteRouteMachines();
+  void doDeleteNestedMachines();
+
+ private:
+  // Brings up a VRF's FIB module and what it needs, unless it stands.
+  void doCreateMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                          Vrf::VrfIdMap::VrfId id);
+  void doCreateMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleAppRootSm4(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv4, vrf); }
+  void handleAppRootSm6(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv6, vrf); }
+  void handleKernelMfibConfig4(const L3::VrfName& vrf) {
+    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv4);
+  }
+  void handleKernelMfibConfig6(const L3::VrfName& vrf) {
+    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv6);
+  }
+  void handleMfibVrfAdapter4(const L3::VrfName& vrf) {
+    handleMfibVrfAdapter(Lanx::AddressFamily::ipv4, vrf);
+  }
+  void handleMfibVrfAdapter6(const L3::VrfName& vrf) {
+    handleMfibVrfAdapter(Lanx::AddressFamily::ipv6, vrf);
+  }
+
+  MfaAgent* agent_;
+
+  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot>
+      mcastIntfRoot_;
+  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot6>
+      mcastIntfRoot6_;
+
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfibModule> mfibModule_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfib6Module> mfib6Module_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfibSm> mfibSm_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfib6Sm> mfib6Sm_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<McastAnyRxSet>, kMcastAnyRxSet> mcastAnyRxSet_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRxVrf> pimRegRxVrf_;
+  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRx6Vrf> pimRegRx6Vrf_;
+  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_MfibVrfAdapter,
+                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
+      HN_NestedSm_MfibVrfAdapter_{this};
+  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_MfibVrfAdapter,
+                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
+      HN_NestedSm_Mfib6VrfAdapter_{this};
+  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_AppRootSm,
+                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
+      HN_NestedSm_AppRootSm_{this};
+  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_AppRootSm,
+                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
+      HN_NestedSm_AppRoot6Sm_{this};
+
+  // Reactors, declared last so that they go before what they watch.
+  Qel::SmSubscriber<VrfPipelineControl> bridgingConfigDispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl, Bridging::Config::kBridgeMacAddr,
+                                  &VrfPipelineControl::handleBridgeMacAddr>};
+  Qel::SmSubscriber<VrfPipelineControl> mcastIntfRootDispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl,
+                                  Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
+                                  &VrfPipelineControl::handleAppRootSm4>};
+  Qel::SmSubscriber<VrfPipelineControl> kernelMfibConfigCollDispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl, Routing::KernelMfib::ConfigColl::kConfig,
+                                  &VrfPipelineControl::handleKernelMfibConfig4>};
+  Qel::SmSubscriber<VrfPipelineControl> kernelMfibConfigColl6Dispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl, Routing::KernelMfib::ConfigColl::kConfig,
+                                  &VrfPipelineControl::handleKernelMfibConfig6>};
+  Qel::SmSubscriber<VrfPipelineControl> mfibVrfDirDispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl,
+                                  Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
+                                  &VrfPipelineControl::handleMfibVrfAdapter4>};
+  Qel::SmSubscriber<VrfPipelineControl> mfib6VrfDirDispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl,
+                                  Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
+                                  &VrfPipelineControl::handleMfibVrfAdapter6>};
+  Qel::SmSubscriber<VrfPipelineControl> mcastIntfRoot6Dispatch_{
+      this, &Qel::reactorDispatch<VrfPipelineControl,
+                                  Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
+                                  &VrfPipelineControl::handleAppRootSm6>};
+};
+
+}  // namespace VekL3Mcast
