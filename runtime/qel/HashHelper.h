@@ -6,9 +6,11 @@
 namespace Qel {
 
 // The process-wide seed of every hash collection. It is drawn once per process, so
-// that no code comes to lean on one particular iteration order.
+// that no code comes to lean on one particular iteration order; the environment variable
+// VEK_HASH_SEED (a decimal number) fixes it instead.
 class HashHelper {
  public:
+  static constexpr const char* seedEnv = "VEK_HASH_SEED";
   static std::uint32_t hashSeed32() noexcept { return seed_; }
   // Fixes the seed; collections made afterwards use it.
   static void hashSeed32IsForTest(std::uint32_t seed) noexcept { seed_ = seed; }
