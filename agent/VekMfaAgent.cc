@@ -62,6 +62,7 @@ MfaAgent::MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
   vrfIdTracker_.is(*this, this);
   vrfNamespaces_.is(*this, this);
   mfibWorkerTasks_.is(*this, this);
+  fabricDeviceControl_.is(*this, this);
 
   handleInitialized();
 
@@ -76,6 +77,7 @@ MfaAgent::~MfaAgent() {
   moduleStatusErrorReactor_.isRegisteredIs(false);
   mfibWorkerTasks()->handleCleanup();
   vrfIdTracker()->handleCleanup();
+  fabricDeviceControl()->handleCleanup();
   vrfPipelineControl()->handleCleanup();
   vrfNamespaces()->intfStatusManagerRootDel();
   mfibDirSm_.del(*this);
@@ -186,6 +188,7 @@ void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& s
 void MfaAgent::doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
   inputs_.vrfIdToNameStatus =
       mountedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::softwarePath);
+  vrfIdTracker()->vrfIdToNameStatusIs();
   using Routing::Multicast::MvpnIntfStatus;
   inputs_.mvpnIntfStatus = mountedEntity<MvpnIntfStatus>(sharedMem, MvpnIntfStatus::mountPath(),
                                                          "Routing::Multicast::MvpnIntfStatus");

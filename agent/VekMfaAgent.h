@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "agent/FabricDeviceControl.h"
 #include "agent/MfibDirSm.h"
 #include "agent/MfibWorkerTasks.h"
 #include "agent/VrfIdTracker.h"
@@ -40,7 +41,8 @@ namespace VekL3Mcast {
 // what it needs in a fixed order, owns the pipeline and, once all stands, lets the daemon's
 // workers run. The work is done by one part per concern, each made here and handed what it
 // reads: the VRF ids (VrfIdTracker), the VRFs' namespace state (VrfNamespaces), the VRFs'
-// pipelines (VrfPipelineControl), and the worker tasks (MfibWorkerTasks). What lives beside a
+// pipelines (VrfPipelineControl), the worker tasks (MfibWorkerTasks) and the devices of the
+// default namespace (FabricDeviceControl). What lives beside a
 // VRF's pipeline registers as a VRF-lifecycle listener.
 //
 // With `oru` false the agent is the reduced one: FIB and IGMPv2 modules only, hardware VRF
@@ -59,6 +61,7 @@ class MfaAgent : public Qel::StateMachine {
     kVrfNamespaces,
     kMfibWorkerTasks,
     kVrfPipelineControl,
+    kFabricDeviceControl,
     kMfibDirSm,
     kMfib6DirSm,
     kMfibVrfDir,
@@ -135,6 +138,9 @@ class MfaAgent : public Qel::StateMachine {
   }
   const Lumo::Ptr<VrfPipelineControl>& vrfPipelineControl() const noexcept {
     return vrfPipelineControl_.get();
+  }
+  const Lumo::Ptr<FabricDeviceControl>& fabricDeviceControl() const noexcept {
+    return fabricDeviceControl_.get();
   }
   // Who hears of each VRF's start, stop and id change; a listener registers once made.
   VrfLifecycleListeners& vrfLifecycleListeners() noexcept { return vrfLifecycleListeners_; }
@@ -219,6 +225,9 @@ class MfaAgent : public Qel::StateMachine {
       vrfNamespaces_;
   Qel::InstantiatingAttr<MfibWorkerTasks, kMfibWorkerTasks, "mfibWorkerTasks", MfaAgent*>
       mfibWorkerTasks_;
+  Qel::InstantiatingAttr<FabricDeviceControl, kFabricDeviceControl, "fabricDeviceControl",
+                         MfaAgent*>
+      fabricDeviceControl_;
   Qel::InstantiatingAttr<MfibDirSm, kMfibDirSm, "mfibDirSm",
                          Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>,
                          Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>,

@@ -108,6 +108,24 @@ void VrfIdTracker::handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
   }
 }
 
+void VrfIdTracker::vrfIdToNameStatusIs() {
+  const auto& status = agent_->inputs().vrfIdToNameStatus;
+  vrfIdToNameStatusDispatch_.publisherIs(const_cast<Vrf::VrfIdMap::Status*>(status.get()));
+  vrfIdToNameStatusDispatch_.isRegisteredIs(true);
+}
+
+void VrfIdTracker::handleVrfIdToName() {
+  const auto& status = agent_->inputs().vrfIdToNameStatus;
+  if (!status) return;
+  std::vector<Vrf::VrfIdMap::VrfId> ids;
+  for (const auto& entry : status->vrfEntries()) ids.push_back(entry.key);
+  for (Vrf::VrfIdMap::VrfId id : ids) handleVrfIdToName(id);
+}
+
+void VrfIdTracker::handleVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
+  agent_->vrfLifecycleListeners().vrfIdToNameChanged(id);
+}
+
 void VrfIdTracker::doCorruptionDetected(const Lumo::String& msg) {
   VEK_TRACE(err, "Corrupt hardware VRF id table: {}", msg);
 }
@@ -116,6 +134,7 @@ void VrfIdTracker::handleCleanup() {
   vrfNameStatusReactor_.isRegisteredIs(false);
   nameToIdMapReactor_.isRegisteredIs(false);
   hwVrfIdToNameStatusDispatch_.isRegisteredIs(false);
+  vrfIdToNameStatusDispatch_.isRegisteredIs(false);
 }
 
 }  // namespace VekL3Mcast

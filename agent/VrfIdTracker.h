@@ -28,6 +28,8 @@ class VrfIdTracker : public Qel::StateMachine {
   void vrfNameStatusIs();
   void followNameToIdMap();
   void hwVrfIdToNameStatusIs();
+  // Follows the software id table the agent mounted for the provider side.
+  void vrfIdToNameStatusIs();
 
   // Every name of the name status and of the collection, so that names gone are found.
   void handleVrfNameToId();
@@ -35,6 +37,10 @@ class VrfIdTracker : public Qel::StateMachine {
   void handleHwVrfIdToName();
   void handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id);
   void handleVrfNameToIdMap();
+  // Every id of the software id table; each one is told to the listeners, which decide
+  // again what the VRF of that id takes part in.
+  void handleVrfIdToName();
+  void handleVrfIdToName(const Vrf::VrfIdMap::VrfId& id);
 
   // The id of a VRF name in the name status now; none if it has none.
   Vrf::VrfIdMap::VrfId curVrfNameToId(const L3::VrfName& vrf) const;
@@ -66,6 +72,10 @@ class VrfIdTracker : public Qel::StateMachine {
       this, &Qel::reactorDispatch<VrfIdTracker, Vrf::VrfIdMap::Status::kVrfEntry,
                                   static_cast<void (VrfIdTracker::*)(const Vrf::VrfIdMap::VrfId&)>(
                                       &VrfIdTracker::handleHwVrfIdToName)>};
+  Qel::SmSubscriber<VrfIdTracker> vrfIdToNameStatusDispatch_{
+      this, &Qel::reactorDispatch<VrfIdTracker, Vrf::VrfIdMap::Status::kVrfEntry,
+                                  static_cast<void (VrfIdTracker::*)(const Vrf::VrfIdMap::VrfId&)>(
+                                      &VrfIdTracker::handleVrfIdToName)>};
 };
 
 }  // namespace VekL3Mcast

@@ -26,4 +26,22 @@ void VrfLifecycleListeners::vrfIdChanged(const L3::VrfName& vrf, Vrf::VrfIdMap::
   forEach([&](VrfLifecycleListener& listener) { listener.vrfIdChanged(vrf, oldId, newId); });
 }
 
+void VrfLifecycleListeners::mfibModuleChanged(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                                              const Lumo::Ptr<MfibAf>& module) {
+  forEach([&](VrfLifecycleListener& listener) { listener.mfibModuleChanged(vrf, af, module); });
+}
+
+void VrfLifecycleListeners::handleMvpnIntfStatus() {
+  forEach([](VrfLifecycleListener& listener) { listener.handleMvpnIntfStatus(); });
+}
+
+void VrfLifecycleListeners::mfibModuleReady(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                                            const Lumo::Ptr<MfibAf>& module) {
+  forEach([&](VrfLifecycleListener& listener) { listener.mfibModuleReady(vrf, af, module); });
+}
+
+void VrfLifecycleListeners::vrfIdToNameChanged(Vrf::VrfIdMap::VrfId id) {
+  forEach([&](VrfLifecycleListener& listener) { listener.vrfIdToNameChanged(id); });
+}
+
 }  // namespace VekL3Mcast

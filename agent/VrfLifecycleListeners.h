@@ -19,6 +19,12 @@ class VrfLifecycleListeners final : public VrfLifecycleListener {
   void vrfStopping(const L3::VrfName& vrf, Lanx::AddressFamily af) override;
   void vrfIdChanged(const L3::VrfName& vrf, Vrf::VrfIdMap::VrfId oldId,
                     Vrf::VrfIdMap::VrfId newId) override;
+  void mfibModuleChanged(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                         const Lumo::Ptr<MfibAf>& module) override;
+  void handleMvpnIntfStatus() override;
+  void mfibModuleReady(const L3::VrfName& vrf, Lanx::AddressFamily af,
+                       const Lumo::Ptr<MfibAf>& module) override;
+  void vrfIdToNameChanged(Vrf::VrfIdMap::VrfId id) override;
 
  private:
   template <typename Call>

@@ -22,9 +22,10 @@ void VrfNamespaces::createKniSm(const L3::VrfName& vrf) {
       Lumo::String(Interface::DeviceVrfIntfStatusDir::kernelIntfs));
   auto root = Lumo::ptrCast<KernelNetInfo::Root const>(sharedMem->getEntity(path));
   intfStatusManagerRoot()->intfStatusManagerIs(ns, deviceDir, root);
-  // The fabric device and the forwarding device state follow the default namespace here
-  // once they are built.
-  if (agent_->oru() && vrf.isDefault()) agent_->inputsForMount().defaultVrfKniRoot = root;
+  if (agent_->oru() && vrf.isDefault()) {
+    agent_->fabricDeviceControl()->defaultVrfKniRootIs(root);
+    agent_->fabricDeviceControl()->handleFwdDevStateSm();
+  }
 }
 
 void VrfNamespaces::deleteKniSm(const L3::VrfName& vrf) {
@@ -33,7 +34,10 @@ void VrfNamespaces::deleteKniSm(const L3::VrfName& vrf) {
   VEK_TRACE(info, "Handle vrf {} has ns: {}", vrf, ns);
   vrfDeviceIntfStatusDir()->deviceVrfIntfStatusDirDel(ns);
   intfStatusManagerRoot()->intfStatusManagerDel(ns);
-  if (agent_->oru() && vrf.isDefault()) agent_->inputsForMount().defaultVrfKniRoot = nullptr;
+  if (agent_->oru() && vrf.isDefault()) {
+    agent_->fabricDeviceControl()->defaultVrfKniRootDel();
+    agent_->fabricDeviceControl()->handleFwdDevStateSm();
+  }
   QelVash::Mount::doUnmount(KernelNetInfo::Root::mountPath(ns));
 }
 

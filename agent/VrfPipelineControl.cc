@@ -1,5 +1,6 @@
 #include "agent/VrfPipelineControl.h"
 
+#include "agent/MfaToggles.h"
 #include "agent/VekMfaAgent.h"
 #include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/trace/Trace.h"
@@ -77,9 +78,7 @@ void VrfPipelineControl::doCreateMfibModule(const L3::VrfName& vrf, AddressFamil
       agent_->mcastModuleManager()->createMfibModule(af, vrf, id, agent_->oru());
   addMfibModuleCounters(module, agent_->vekcsd());
   mfibModuleIs(module);
-  // The MPLS side catches up on the VRF's ids and provider interfaces here once it is
-  // built (handleVrfIdToName, handleMvpnIntfStatus, when MPLS is initialized and a toggle
-  // of it is on).
+  doCatchUpProviderSide();
   if (const auto& config = agent_->inputs().bridgingConfig) {
     module->setBridgeMacAddr(config->bridgeMacAddr());
   }
@@ -91,8 +90,14 @@ void VrfPipelineControl::doCreateMfibModule(const L3::VrfName& vrf, AddressFamil
     module->regMfibTasksForAllWorkers(vrf, workers);
     module->regCleanupTaskForAllWorkers(vrf, workers);
   }
-  // The SBD VLAN of the VRF reaches the module here once the VXLAN interface state is
-  // followed.
+  agent_->vrfLifecycleListeners().mfibModuleReady(vrf, af, module);
+}
+
+void VrfPipelineControl::doCatchUpProviderSide() {
+  if (!agent_->mMplsInitialized()) return;
+  if (!toggleOismMplsTunnelEnabled() && !toggleMvpnVekEnabled()) return;
+  agent_->vrfIdTracker()->handleVrfIdToName();
+  agent_->vrfLifecycleListeners().handleMvpnIntfStatus();
 }
 
 void VrfPipelineControl::doCreateMfibSm(const L3::VrfName& vrf, AddressFamily af) {
@@ -149,6 +154,8 @@ void VrfPipelineControl::mfibModuleIs(const Lumo::Ptr<MfibAf>& module) {
 
 void VrfPipelineControl::mfibModuleDel(const L3::VrfName& vrf, AddressFamily af) {
   if (!isSupported(af)) return;
+  // A repeated stop finds no module: what connected to it has heard once already.
+  if (mfibModule(vrf, af)) agent_->vrfLifecycleListeners().mfibModuleChanged(vrf, af, nullptr);
   if (af == AddressFamily::ipv6) {
     mfib6Module_.del(*this, vrf);
   } else {
@@ -258,9 +265,7 @@ void VrfPipelineControl::handleMfibModule(const L3::VrfName& vrf, AddressFamily 
         module->addMulticastIntfs(member.key);
       }
     }
-    // The VXLAN pipeline connects the module here once it is built: for the default VRF
-    // to the L2 encapsulation and decapsulation and the VLAN modules, for every VRF to the
-    // L3 VXLAN modules, as far as they stand.
+    agent_->vrfLifecycleListeners().mfibModuleChanged(vrf, af, module);
     return;
   }
   VEK_TRACE(info, "Cleaning up interface modules for vrf: {}", vrf);

@@ -138,6 +138,9 @@ class VrfPipelineControl : public Qel::StateMachine {
   void doCreateMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af,
                           Vrf::VrfIdMap::VrfId id);
   void doCreateMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  // A new FIB module's VRF catches up on the provider side: its ids and its provider
+  // interfaces, once the provider side is up and wanted.
+  void doCatchUpProviderSide();
   void handleAppRootSm4(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv4, vrf); }
   void handleAppRootSm6(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv6, vrf); }
   void handleKernelMfibConfig4(const L3::VrfName& vrf) {

@@ -27,6 +27,16 @@ class RecordingListener : public VekL3Mcast::VrfLifecycleListener {
   void vrfIdChanged(const L3::VrfName& vrf, VrfId oldId, VrfId newId) override {
     heard.push_back(fmt::format("id {} {} -> {}", vrf, oldId, newId));
   }
+  void mfibModuleChanged(const L3::VrfName& vrf, AddressFamily af,
+                         const Lumo::Ptr<VekL3Mcast::MfibAf>& module) override {
+    heard.push_back(fmt::format("module {} {} {}", vrf, af, module ? "came" : "went"));
+  }
+  void handleMvpnIntfStatus() override { heard.push_back("provider catch-up"); }
+  void mfibModuleReady(const L3::VrfName& vrf, AddressFamily af,
+                       const Lumo::Ptr<VekL3Mcast::MfibAf>& module) override {
+    heard.push_back(fmt::format("ready {} {} {}", vrf, af, module->name()));
+  }
+  void vrfIdToNameChanged(VrfId id) override { heard.push_back(fmt::format("name of {}", id)); }
 
   std::vector<std::string> heard;
 
@@ -57,10 +67,14 @@ TEST_F(VrfLifecycleTest, StartAndStopAreHeardOncePerFamilyWithTheModuleStanding)
   agent->stopMfibSm(red, AddressFamily::ipv6);
   agent->stopMfibSm(red, AddressFamily::ipv6);
   agent->stopMfibSm(red, AddressFamily::ipv4);
-  EXPECT_THAT(listener.heard, ElementsAre("started red ipv4 module=true",
-                                          "started red ipv6 module=true",
-                                          "stopping red ipv6 module=true",
-                                          "stopping red ipv4 module=true"));
+  // The software id table has no entries here: the provider side's catch-up names none.
+  EXPECT_THAT(listener.heard,
+              ElementsAre("module red ipv4 came", "provider catch-up", "ready red ipv4 MfibIpv4red",
+                          "started red ipv4 module=true", "module red ipv6 came",
+                          "provider catch-up", "ready red ipv6 MfibIpv6red",
+                          "started red ipv6 module=true", "stopping red ipv6 module=true",
+                          "module red ipv6 went", "stopping red ipv4 module=true",
+                          "module red ipv4 went"));
 
   listener.heard.clear();
   agent->vrfLifecycleListenerDel(listener);
@@ -77,6 +91,15 @@ TEST_F(VrfLifecycleTest, IdChangesAreHeardWithBothSidesAndTheWayDownStopsEachVrf
   agent->startMfibSm(red, AddressFamily::ipv4);
   listener.heard.clear();
 
+  // The software id table: each entry that changes is heard by its id.
+  auto idTable = Lumo::ptrCast<Vrf::VrfIdMap::Status>(
+      state->sharedMem()->getEntity(Vrf::VrfIdMap::Status::softwarePath));
+  ASSERT_NE(idTable, nullptr);
+  idTable->vrfEntryIs(VrfId(2), {"red"});
+  idTable->vrfEntryDel(VrfId(2));
+  EXPECT_THAT(listener.heard, ElementsAre("name of 2", "name of 2"));
+  listener.heard.clear();
+
   state->vrfNameToId().vrfIdIs("red", VrfId(4));
   state->vrfNameToId().vrfIdIs("red", VrfId(4));
   state->vrfNameToId().vrfIdIs("blue", VrfId(3));
@@ -86,7 +109,7 @@ TEST_F(VrfLifecycleTest, IdChangesAreHeardWithBothSidesAndTheWayDownStopsEachVrf
 
   listener.heard.clear();
   agent->handleDelete();
-  EXPECT_THAT(listener.heard, ElementsAre("stopping red ipv4 module=true"));
+  EXPECT_THAT(listener.heard, ElementsAre("stopping red ipv4 module=true", "module red ipv4 went"));
   agent->vrfLifecycleListenerDel(listener);
 }
 
