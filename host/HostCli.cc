@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/DaemonChoice.h"
 #include "host/IsolatedRun.h"
 #include "host/ScenarioLoader.h"
 #include "host/ScenarioRunner.h"
@@ -27,9 +28,15 @@ int HostCli::main(int argc, const char* const* argv) {
   runVerb->add_option("--dump", files.dump, "Write the model dump (JSON) to FILE");
   runVerb->add_option("--dot", files.dot, "Write the data plane as DOT to FILE");
   runVerb->add_option("--trace", files.trace, "Write the trace records to FILE");
+  std::string daemon;
+  constexpr const char* daemonHelp =
+      "Program a daemon process instead of the in-process model: unix:PATH, tcp:PORT, or "
+      "spawn (one of the run's own)";
+  runVerb->add_option("--daemon", daemon, daemonHelp);
   std::vector<std::string> scenarios;
   auto* checkVerb = app.add_subcommand("check", "Run each scenario and judge its expect steps");
   checkVerb->add_option("SCENARIO", scenarios, "Scenario files")->required();
+  checkVerb->add_option("--daemon", daemon, daemonHelp);
   std::vector<std::string> names;
   auto* intfVerb = app.add_subcommand("intf-id", "Print the 64-bit id of each interface name");
   intfVerb->add_option("NAME", names, "Interface names")->required();
@@ -39,6 +46,7 @@ int HostCli::main(int argc, const char* const* argv) {
     const int status = app.exit(error, out_, err_);
     return status == 0 ? 0 : kBadInput;
   }
+  DaemonChoice::is(daemon);
   if (runVerb->parsed()) return run(scenario, files);
   if (checkVerb->parsed()) return check(scenarios);
   return intfIds(names);

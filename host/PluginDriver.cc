@@ -44,9 +44,8 @@ void PluginDriver::configure(const AgentSettings& settings) {
   Dov::TaskSchedulerRoot::schedulerIs(scheduler_);
 
   const auto workers = static_cast<std::uint16_t>(settings.workers);
-  model_ = std::make_unique<Dataplane::Model>(workers);
   channel_ = Lumo::makePtr<Vek::CommandChannel>();
-  channel_->backendIs(model_.get());
+  attachDataPlane(workers);
   state_ = std::make_unique<CentralStateStore>(Lanx::sharedMemManagerName);
   writer_ = std::make_unique<StateWriter>(*state_);
   const auto vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(workers);
@@ -120,11 +119,13 @@ void PluginDriver::restart() {
 }
 
 void PluginDriver::failNext(const FailNextStep& failure) {
+  if (daemon_) return daemon_->failNext(failure);
   model_->failNextForTest(failure.module, failure.cmd, failure.code, failure.msg);
 }
 
 void PluginDriver::pump() {
   channel_->pump();
+  if (daemon_) settleDaemon();
   collectTrace();
 }
 
@@ -139,12 +140,14 @@ void PluginDriver::collectTrace() {
 
 nlohmann::json PluginDriver::dump() {
   pump();
+  if (daemon_) return daemon_->dump();
   // The model keeps its keys in the order it writes them; the checks read any order.
   return nlohmann::json::parse(model_->dump().dump());
 }
 
 std::string PluginDriver::dot() {
   pump();
+  if (daemon_) return daemon_->dot();
   return model_->dot();
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dataplane/Model.h"
+#include "host/DaemonLink.h"
 #include "host/MarkedLog.h"
 #include "host/PluginLibrary.h"
 #include "host/ScenarioDriver.h"
@@ -34,6 +35,7 @@ class PluginDriver : public ScenarioDriver {
   void advance(double seconds) override;
   void restart() override;
   void failNext(const FailNextStep& failure) override;
+  void daemon(DaemonStep::Kind kind) override;
 
   nlohmann::json dump() override;
   std::string dot() override;
@@ -49,10 +51,15 @@ class PluginDriver : public ScenarioDriver {
   // Carries what is queued to the model and keeps the trace lines written meanwhile.
   void pump();
   void collectTrace();
+  // The data plane of this run: the model in process, or a daemon (PluginDriverDaemon.cc).
+  void attachDataPlane(std::uint16_t workers);
+  void settleDaemon();
 
   const PluginLibrary& library_;
   Lumo::Ptr<Dov::TaskScheduler> scheduler_;
   std::unique_ptr<Dataplane::Model> model_;
+  std::unique_ptr<DaemonLink> daemon_;
+  std::uint64_t daemonRestartsSeen_ = 0;
   Lumo::Ptr<Vek::CommandChannel> channel_;
   std::unique_ptr<CentralStateStore> state_;
   // The shared data handed to every agent made, a restarted one included.

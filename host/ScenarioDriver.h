@@ -37,6 +37,8 @@ class ScenarioDriver {
   virtual void restart() = 0;
   // The data plane refuses the next command `cmd` to `module` with `code` and `msg`.
   virtual void failNext(const FailNextStep& failure) = 0;
+  // Kills or starts the daemon process of the run; a driver without one refuses.
+  virtual void daemon(DaemonStep::Kind kind);
 
   // The model dump: modules, ports, traffic classes, errors.
   virtual nlohmann::json dump() = 0;

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "host/DaemonSteps.h"
 #include "host/ExpectationReader.h"
 #include "host/YamlReader.h"
 
@@ -11,8 +12,9 @@ namespace VekHost {
 
 namespace {
 
-const std::vector<std::string_view> kVerbs = {"start",   "stop",     "settle",  "set",   "delete",
-                                              "advance", "failNext", "restart", "expect"};
+const std::vector<std::string_view> kVerbs = {
+    "start",   "stop",    "settle",        "set",        "delete",     "advance",
+    "failNext", "restart", "daemonRestart", "daemonStop", "daemonStart", "expect"};
 
 std::string located(const std::string& file, int line, const std::string& message) {
   return file + ":" + std::to_string(line) + ": " + message;
@@ -125,8 +127,10 @@ void ScenarioLoader::steps(const YAML::Node& list, Scenario& scenario,
 
 StepAction ScenarioLoader::step(const YAML::Node& node, std::vector<LoadError>& errors) const {
   if (node.IsScalar()) {
-    const std::size_t verb =
-        YamlReader::choice(node, "a step without a value", {"settle", "restart"});
+    const std::size_t verb = YamlReader::choice(
+        node, "a step without a value",
+        {"settle", "restart", "daemonRestart", "daemonStop", "daemonStart"});
+    if (verb >= 2) return DaemonSteps::step(node, DaemonSteps::kinds[verb - 2]);
     return verb == 0 ? StepAction{SettleStep{}} : StepAction{RestartStep{}};
   }
   if (!node.IsMap() || node.size() != 1) {
@@ -164,6 +168,10 @@ StepAction ScenarioLoader::stepWithValue(std::string_view verb, const YAML::Node
     return AdvanceStep{seconds};
   }
   if (verb == "failNext") return failNext(value);
+  if (auto kind = DaemonSteps::kindOf(verb)) {
+    requireNull(value, verb);
+    return DaemonSteps::step(value, *kind);
+  }
   return ExpectStep{ExpectationReader(values_).read(value)};
 }
 

@@ -25,6 +25,7 @@ void ScenarioRunner::apply(const StepAction& action) {
     void operator()(const AdvanceStep& step) const { driver.advance(step.seconds); }
     void operator()(const FailNextStep& step) const { driver.failNext(step); }
     void operator()(const RestartStep&) const { driver.restart(); }
+    void operator()(const DaemonStep& step) const { driver.daemon(step.kind); }
     void operator()(const ExpectStep&) const {}
   };
   std::visit(Apply{driver_}, action);

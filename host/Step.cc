@@ -1,5 +1,7 @@
 #include "host/Step.h"
 
+#include "host/DaemonSteps.h"
+
 namespace VekHost {
 
 std::string_view stepVerb(const StepAction& action) {
@@ -13,6 +15,7 @@ std::string_view stepVerb(const StepAction& action) {
     std::string_view operator()(const AdvanceStep&) const { return "advance"; }
     std::string_view operator()(const FailNextStep&) const { return "failNext"; }
     std::string_view operator()(const RestartStep&) const { return "restart"; }
+    std::string_view operator()(const DaemonStep& step) const { return DaemonSteps::verb(step.kind); }
     std::string_view operator()(const ExpectStep&) const { return "expect"; }
   };
   return std::visit(Verb{}, action);

@@ -31,12 +31,16 @@ struct FailNextStep {
   std::string msg;
 };
 struct RestartStep {};
+// The daemon process is killed, started, or both: only in a run with its own daemon.
+struct DaemonStep {
+  enum class Kind { restart, stop, start } kind = Kind::restart;
+};
 struct ExpectStep {
   Expectation expectation;
 };
 
 using StepAction = std::variant<StartStep, StopStep, SettleStep, StateStep, AdvanceStep,
-                                FailNextStep, RestartStep, ExpectStep>;
+                                FailNextStep, RestartStep, DaemonStep, ExpectStep>;
 
 struct Step {
   int index = 0;  // 1-based position in `steps:`

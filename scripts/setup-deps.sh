@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ccache pkg-config git
-  libprotobuf-dev protobuf-compiler
+  libprotobuf-dev protobuf-compiler libgrpc++-dev protobuf-compiler-grpc
   libfmt-dev libspdlog-dev libyaml-cpp-dev libcli11-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   iproute2

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <google/protobuf/any.pb.h>
+#include <google/protobuf/message.h>
+
+#include <memory>
+#include <string>
+
+#include "dataplane/AnyUnpacker.h"
+#include "proto/dataplane_control.pb.h"
+#include "runtime/vek/ChannelRecord.h"
+
+namespace Remote {
+
+// Turns channel records into wire commands and back. The client encodes on the agent
+// thread; the daemon decodes into records of its own, so that no counted object is shared
+// between the two sides.
+class RecordCodec {
+ public:
+  static void encode(const Vek::ChannelRecord& record, vek::control::QueuedCommand* out);
+
+  // The record a wire command stands for, or a text saying why it stands for none.
+  struct Decoded {
+    std::unique_ptr<Vek::ChannelRecord> record;
+    std::string problem;
+  };
+  Decoded decode(const vek::control::QueuedCommand& command);
+
+
+ private:
+  Dataplane::AnyUnpacker unpacker_;
+};
+
+}  // namespace Remote
