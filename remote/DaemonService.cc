@@ -138,48 +138,42 @@ CommandResponse DaemonService::applyOne(const ctl::QueuedCommand& command) {
   return response;
 }
 
-CommandResponse DaemonService::applyDaemonRequest(const google::protobuf::Message& request,
-                                                  std::uint32_t type) {
+template <typename Request>
+grpc::Status DaemonService::answer(const Request& request,
+                                   Request* (ctl::QueuedCommand::*slot)(), CommandResponse* reply) {
+  ctl::QueuedCommand command;
+  *(command.*slot)() = request;
+  *reply = applyOne(command);
+  return grpc::Status::OK;
+}
+
+grpc::Status DaemonService::answerDaemonRequest(const google::protobuf::Message& request,
+                                                std::uint32_t type, CommandResponse* reply) {
   ctl::QueuedCommand command;
   command.mutable_daemon_request()->set_type(type);
   command.mutable_daemon_request()->mutable_request()->PackFrom(request);
-  return applyOne(command);
+  *reply = applyOne(command);
+  return grpc::Status::OK;
 }
 
-grpc::Status DaemonService::CreateModule(grpc::ServerContext*,
-                                         const ctl::CreateModuleRequest* request,
+grpc::Status DaemonService::CreateModule(grpc::ServerContext*, const ctl::CreateModuleRequest* request,
                                          CommandResponse* reply) {
-  ctl::QueuedCommand command;
-  *command.mutable_create_module() = *request;
-  *reply = applyOne(command);
-  return grpc::Status::OK;
+  return answer(*request, &ctl::QueuedCommand::mutable_create_module, reply);
 }
 
-grpc::Status DaemonService::DestroyModule(grpc::ServerContext*,
-                                          const ctl::DestroyModuleRequest* request,
+grpc::Status DaemonService::DestroyModule(grpc::ServerContext*, const ctl::DestroyModuleRequest* request,
                                           CommandResponse* reply) {
-  ctl::QueuedCommand command;
-  *command.mutable_destroy_module() = *request;
-  *reply = applyOne(command);
-  return grpc::Status::OK;
+  return answer(*request, &ctl::QueuedCommand::mutable_destroy_module, reply);
 }
 
-grpc::Status DaemonService::ConnectModules(grpc::ServerContext*,
-                                           const ctl::ConnectModulesRequest* request,
+grpc::Status DaemonService::ConnectModules(grpc::ServerContext*, const ctl::ConnectModulesRequest* request,
                                            CommandResponse* reply) {
-  ctl::QueuedCommand command;
-  *command.mutable_connect_modules() = *request;
-  *reply = applyOne(command);
-  return grpc::Status::OK;
+  return answer(*request, &ctl::QueuedCommand::mutable_connect_modules, reply);
 }
 
-grpc::Status DaemonService::DisconnectModules(grpc::ServerContext*,
-                                              const ctl::DisconnectModulesRequest* request,
+grpc::Status DaemonService::DisconnectModules(grpc::ServerContext*, const ctl::DisconnectModulesRequest* request,
                                               CommandResponse* reply) {
-  ctl::QueuedCommand command;
-  *command.mutable_disconnect_modules() = *request;
-  *reply = applyOne(command);
-  return grpc::Status::OK;
+  return answer(*request, &ctl::QueuedCommand::mutable_disconnect_modules, reply);
 }
 
 grpc::Status DaemonService::ModuleCommand(grpc::ServerContext*,
@@ -194,48 +188,41 @@ grpc::Status DaemonService::ModuleCommand(grpc::ServerContext*,
 
 grpc::Status DaemonService::ResumeAll(grpc::ServerContext*, const bess::pb::EmptyRequest* request,
                                       CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::resumeAllRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::resumeAllRequest, reply);
 }
 
 grpc::Status DaemonService::CreatePort(grpc::ServerContext*,
                                        const bess::pb::CreatePortRequest* request,
                                        CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::createPortRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::createPortRequest, reply);
 }
 
 grpc::Status DaemonService::DestroyPort(grpc::ServerContext*,
                                         const bess::pb::DestroyPortRequest* request,
                                         CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::destroyPortRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::destroyPortRequest, reply);
 }
 
 grpc::Status DaemonService::SetPortConf(grpc::ServerContext*,
                                         const bess::pb::SetPortConfRequest* request,
                                         CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::portConfRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::portConfRequest, reply);
 }
 
 grpc::Status DaemonService::PortCommand(grpc::ServerContext*,
                                         const bess::pb::CommandRequest* request,
                                         CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::portCmdRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::portCmdRequest, reply);
 }
 
 grpc::Status DaemonService::AddTc(grpc::ServerContext*, const vek::pb::RateLimitTcArg* request,
                                   CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::createRateLimitTcRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::createRateLimitTcRequest, reply);
 }
 
 grpc::Status DaemonService::AttachTask(grpc::ServerContext*, const vek::pb::AttachTaskArg* request,
                                        CommandResponse* reply) {
-  *reply = applyDaemonRequest(*request, Vek::attachTaskToTcRequest);
-  return grpc::Status::OK;
+  return answerDaemonRequest(*request, Vek::attachTaskToTcRequest, reply);
 }
 
 grpc::Status DaemonService::GetDump(grpc::ServerContext*, const bess::pb::EmptyRequest*,

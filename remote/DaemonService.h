@@ -72,9 +72,13 @@ class DaemonService final : public vek::control::DataplaneControl::Service {
   void applyLocked(const vek::control::QueuedCommand& command, vek::control::ReplyBatch& replies);
   // One request outside the stream, answered as the daemon's own control API answers.
   bess::pb::CommandResponse applyOne(const vek::control::QueuedCommand& command);
+  // A request of the daemon's own API that the stream carries in the field `slot`.
+  template <typename Request>
+  grpc::Status answer(const Request& request, Request* (vek::control::QueuedCommand::*slot)(),
+                      bess::pb::CommandResponse* reply);
   // A daemon-level request of the given type.
-  bess::pb::CommandResponse applyDaemonRequest(const google::protobuf::Message& request,
-                                               std::uint32_t type);
+  grpc::Status answerDaemonRequest(const google::protobuf::Message& request, std::uint32_t type,
+                                   bess::pb::CommandResponse* reply);
   void startEmpty(std::uint16_t workers);
 
   std::mutex lock_;
