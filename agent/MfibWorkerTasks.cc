@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-
 #include "agent/VekMfaAgent.h"
 #include "proto/vek.pb.h"
 #include "runtime/trace/Trace.h"
@@ -10,13 +9,6 @@
 namespace VekL3Mcast {
 
 namespace {
-
-struct RateLimit {
-  const char* unit;
-  int limit;
-};
-constexpr RateLimit noCacheLimit{"packet", 1000};
-constexpr RateLimit cleanupLimit{"count", 1};
 
 std::string noCacheTcBase(const std::string& vrf) { return fmt::format("noCacheRateLimit_{}", vrf); }
 std::string cleanupTcBase(const std::string& vrf) { return fmt::format("{}CleanupTask", vrf); }
@@ -32,16 +24,30 @@ bool complete(const vek::pb::MfibTaskIdsArg& arg, bool withFuseTids) {
 
 }  // namespace
 
+// The two kinds of worker task of a FIB module and the rate-limiting class each goes under.
+struct MfibWorkerTasks::TaskKind {
+  const char* name;
+  const char* unit;
+  int limit;
+  std::string (*tcBase)(const std::string& vrf);
+  // Whether a reply for all workers also lists the fused task ids.
+  bool withFuseTids;
+};
+const MfibWorkerTasks::TaskKind MfibWorkerTasks::noCacheTask{"NoCacheTask", "packet", 1000,
+                                                             noCacheTcBase, true};
+const MfibWorkerTasks::TaskKind MfibWorkerTasks::cleanupTask{"CleanupTask", "count", 1,
+                                                             cleanupTcBase, false};
+
 MfibWorkerTasks::MfibWorkerTasks(MfaAgent* agent) : agent_(agent) {
   registrationReplies_.actionIs("regMfibTasks",
-                                [this](const auto& any) { createMfibNoCacheTc(any); });
+                                [this](const auto& any) { createMfibTc(any, noCacheTask); });
   registrationReplies_.actionIs("regCleanupTask",
-                                [this](const auto& any) { createMfibCleanupTc(any); });
+                                [this](const auto& any) { createMfibTc(any, cleanupTask); });
   registrationReplies_.actionIs("regMfibTasksForAllWorkers", [this](const auto& any) {
-    createMfibNoCacheTcForAllWorkers(any);
+    createMfibTcForAllWorkers(any, noCacheTask);
   });
   registrationReplies_.actionIs("regCleanupTaskForAllWorkers", [this](const auto& any) {
-    createMfibCleanupTcForAllWorkers(any);
+    createMfibTcForAllWorkers(any, cleanupTask);
   });
 }
 
@@ -67,63 +73,45 @@ void MfibWorkerTasks::handleResp() {
   }
 }
 
-void MfibWorkerTasks::doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase,
-                                  bool cleanup, const std::string& taskName,
-                                  std::uint32_t taskId) {
+void MfibWorkerTasks::doAttachWorkerTask(std::uint32_t worker, const TaskKind& kind,
+                                         const std::string& vrf, const std::string& taskName,
+                                         std::uint32_t taskId) {
   // The reduced agent has no group of its own, so no class can be made for it.
   if (!agent_->cmdConfigGroup()) {
     VEK_TRACE(warn, "No command group for the traffic class of task {}", taskName);
     return;
   }
-  const RateLimit& rate = cleanup ? cleanupLimit : noCacheLimit;
-  const Lumo::String tcName = Vek::TcManager::getTcName(tcBase, worker, rate.unit, rate.limit);
+  const Lumo::String tcName = Vek::TcManager::getTcName(kind.tcBase(vrf), worker, kind.unit,
+                                                        kind.limit);
   const auto& tcManager = agent_->vekcsd()->tcManager();
-  tcManager->createRateLimitTc(agent_->cmdConfigGroup(), tcName, "", static_cast<int>(worker), rate.unit,
-                               rate.limit, -1);
+  tcManager->createRateLimitTc(agent_->cmdConfigGroup(), tcName, "", static_cast<int>(worker),
+                               kind.unit, kind.limit, -1);
   VEK_TRACE(info, " creating tcName {} and attaching to taskName {}", tcName, taskName);
   tcManager->attachTaskToTc(agent_->cmdConfigGroup(), taskName, tcName, taskId, 1);
   agent_->cmdConfigGroup()->enqueueVersionInc(1);
 }
 
-void MfibWorkerTasks::createMfibNoCacheTc(const google::protobuf::Any& any) {
+// A reply for one worker names one task, which every worker's class of the VRF takes.
+void MfibWorkerTasks::createMfibTc(const google::protobuf::Any& any, const TaskKind& kind) {
   vek::pb::MfibTaskIdArg arg;
   if (!any.UnpackTo(&arg)) return;
-  VEK_TRACE(info, " Received a regMfibTasks response task_name {} wid {} fusetid {} noCacheTid {}",
-            arg.task_name(), arg.wid(), arg.fusetid(), arg.nocachetid());
+  VEK_TRACE(info, " Received a {} response task_name {} wid {} fusetid {} noCacheTid {}",
+            kind.name, arg.task_name(), arg.wid(), arg.fusetid(), arg.nocachetid());
   for (std::uint32_t worker = 0; worker < agent_->vekcsd()->workerCount(); ++worker) {
-    doAttachWorkerTask(worker, noCacheTcBase(arg.vrf()), false, arg.task_name(), arg.nocachetid());
+    doAttachWorkerTask(worker, kind, arg.vrf(), arg.task_name(), arg.nocachetid());
   }
 }
 
-void MfibWorkerTasks::createMfibCleanupTc(const google::protobuf::Any& any) {
-  vek::pb::MfibTaskIdArg arg;
-  if (!any.UnpackTo(&arg)) return;
-  for (std::uint32_t worker = 0; worker < agent_->vekcsd()->workerCount(); ++worker) {
-    doAttachWorkerTask(worker, cleanupTcBase(arg.vrf()), true, arg.task_name(), arg.nocachetid());
-  }
-}
-
-void MfibWorkerTasks::createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any) {
+void MfibWorkerTasks::createMfibTcForAllWorkers(const google::protobuf::Any& any,
+                                                const TaskKind& kind) {
   vek::pb::MfibTaskIdsArg arg;
   if (!any.UnpackTo(&arg)) return;
-  VEK_TRACE(info, "NoCacheTask Resp wid_count: {}", arg.wid_count());
-  if (!complete(arg, true)) return;
+  VEK_TRACE(info, "{} Resp wid_count: {}", kind.name, arg.wid_count());
+  if (!complete(arg, kind.withFuseTids)) return;
   for (int i = 0; i < static_cast<int>(arg.wid_count()); ++i) {
-    VEK_TRACE(info, " NoCacheTask Resp tid: {}, fusetid: {}, wid: {}, task_name: {}, vrf: {}",
-              arg.tid(i), arg.fusetid(i), arg.wid(i), arg.task_name(i), arg.vrf());
-    doAttachWorkerTask(arg.wid(i), noCacheTcBase(arg.vrf()), false, arg.task_name(i), arg.tid(i));
-  }
-}
-
-void MfibWorkerTasks::createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any) {
-  vek::pb::MfibTaskIdsArg arg;
-  if (!any.UnpackTo(&arg)) return;
-  VEK_TRACE(info, "CleanupTask Resp wid_count: {}", arg.wid_count());
-  if (!complete(arg, false)) return;
-  for (int i = 0; i < static_cast<int>(arg.wid_count()); ++i) {
-    VEK_TRACE(info, " Cleanuptask Resp tid: {}, wid: {}, task_name: {}, vrf: {}", arg.tid(i),
+    VEK_TRACE(info, " {} Resp tid: {}, wid: {}, task_name: {}, vrf: {}", kind.name, arg.tid(i),
               arg.wid(i), arg.task_name(i), arg.vrf());
-    doAttachWorkerTask(arg.wid(i), cleanupTcBase(arg.vrf()), true, arg.task_name(i), arg.tid(i));
+    doAttachWorkerTask(arg.wid(i), kind, arg.vrf(), arg.task_name(i), arg.tid(i));
   }
 }
 

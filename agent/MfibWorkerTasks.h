@@ -44,13 +44,14 @@ class MfibWorkerTasks : public Qel::StateMachine {
   void handleCleanup() { moduleStatusResponseReactor_.isRegisteredIs(false); }
 
  private:
-  // Replies to the registration of the FIB modules' worker tasks.
-  void createMfibNoCacheTc(const google::protobuf::Any& any);
-  void createMfibCleanupTc(const google::protobuf::Any& any);
-  void createMfibNoCacheTcForAllWorkers(const google::protobuf::Any& any);
-  void createMfibCleanupTcForAllWorkers(const google::protobuf::Any& any);
+  struct TaskKind;
+  static const TaskKind noCacheTask;
+  static const TaskKind cleanupTask;
+  // Replies to the registration of the FIB modules' worker tasks, for one worker or all.
+  void createMfibTc(const google::protobuf::Any& any, const TaskKind& kind);
+  void createMfibTcForAllWorkers(const google::protobuf::Any& any, const TaskKind& kind);
   // Puts a worker task under its rate-limiting class of that worker.
-  void doAttachWorkerTask(std::uint32_t worker, const std::string& tcBase, bool cleanup,
+  void doAttachWorkerTask(std::uint32_t worker, const TaskKind& kind, const std::string& vrf,
                           const std::string& taskName, std::uint32_t taskId);
 
   MfaAgent* agent_;

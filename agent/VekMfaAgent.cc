@@ -100,7 +100,7 @@ void MfaAgent::handleInitialized() {
 
   const auto sharedMem = QelSharedMem::EntityManager::getEntityManager(Lanx::sharedMemManagerName);
   if (oru_) {
-    doMountLongBranch(sharedMem);
+    doMountFullAgentInputs(sharedMem);
   } else {
     inputs_.vrfNameStatus = centralEntity<Vrf::VrfIdMap::NameToIdMapWrapper>(
         entityManager(), Vrf::VrfIdMap::NameToIdMapWrapper::path);
@@ -122,7 +122,7 @@ void MfaAgent::handleInitialized() {
   resumeWorkers();
 }
 
-void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
+void MfaAgent::doMountFullAgentInputs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
   VEK_TRACE(info, "Init cmdConfigGroup mfaAgent");
   cmdConfigGroupIs(Lumo::String(cmdConfigGroupName));
   inputs_.allVrfStatusLocal =
@@ -182,10 +182,10 @@ void MfaAgent::doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& s
   using Routing::Multicast::Evpn::OismFloodSet;
   inputs_.oismFloodSet = sharedEntity<OismFloodSet>(sharedMem, OismFloodSet::mountPath());
 
-  if (toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) doMountLfibs(sharedMem);
+  if (toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) doMountProviderInputs(sharedMem);
 }
 
-void MfaAgent::doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
+void MfaAgent::doMountProviderInputs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem) {
   inputs_.vrfIdToNameStatus =
       mountedEntity<Vrf::VrfIdMap::Status>(sharedMem, Vrf::VrfIdMap::Status::softwarePath);
   vrfIdTracker()->vrfIdToNameStatusIs();

@@ -199,8 +199,13 @@ class MfaAgent : public Qel::StateMachine {
   }
 
  private:
-  void doMountLongBranch(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
-  void doMountLfibs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
+  // What only the full agent reads: the command group, bridging, VXLAN, snooping and
+  // hardware route inputs, then the provider side's if one of its toggles is on.
+  void doMountFullAgentInputs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
+  // The provider side (MVPN over MPLS): the software id table, the provider interfaces and
+  // the label tables; mMplsInitialized is set once they stand.
+  void doMountProviderInputs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
+  // The multicast interfaces, route directory and kernel limits of a family; both agents.
   void doGetFamilyInputs(Lanx::AddressFamily af);
   // Binds the reactors that follow the status queues; binding runs them.
   void qel_ConfigStatusPair_ModuleStatusInIs(const Lumo::Ptr<Vek::ModuleStatus>& status);

@@ -183,23 +183,24 @@ void VekL3MfibSm::kernelMfibConfigDispatch(Lumo::Publisher*, Lumo::Subscriber* s
 }
 
 void VekL3MfibSm::handleMaxUnresolvedCacheEntries() {
-  std::uint32_t entries = defaultMaxUnresolvedCacheEntries;
-  if (kernelMfibConfig()) {
-    entries = kernelMfibConfig()->maxUnresolvedCacheEntries();
-  } else {
-    VEK_TRACE(info, "No kernel mfib config, setting default value");
-  }
-  mfibModule()->setMaxUnresolvedCacheEntries(entries);
+  doSendUnresolvedLimit(&Routing::KernelMfib::Config::maxUnresolvedCacheEntries,
+                        defaultMaxUnresolvedCacheEntries, &MfibAf::setMaxUnresolvedCacheEntries);
 }
 
 void VekL3MfibSm::handleMaxUnresolvedPktBuffers() {
-  std::uint32_t buffers = defaultMaxUnresolvedPktBuffers;
+  doSendUnresolvedLimit(&Routing::KernelMfib::Config::maxUnresolvedPktBuffers,
+                        defaultMaxUnresolvedPktBuffers, &MfibAf::setMaxUnresolvedPktBuffers);
+}
+
+void VekL3MfibSm::doSendUnresolvedLimit(UnresolvedLimit limit, std::uint32_t defaultValue,
+                                        void (MfibAf::*send)(std::uint32_t)) {
+  std::uint32_t value = defaultValue;
   if (kernelMfibConfig()) {
-    buffers = kernelMfibConfig()->maxUnresolvedPktBuffers();
+    value = (*kernelMfibConfig().*limit)();
   } else {
     VEK_TRACE(info, "No kernel mfib config, setting default value");
   }
-  mfibModule()->setMaxUnresolvedPktBuffers(buffers);
+  (*mfibModule().*send)(value);
 }
 
 void VekL3MfibSm::handleKernelMfibConfigDel() {

@@ -146,6 +146,11 @@ class VekL3MfibSm : public Qel::StateMachine {
   void handleChangedRoutes();
   void handleMaxUnresolvedCacheEntries();
   void handleMaxUnresolvedPktBuffers();
+  // Sends one of the kernel's limits of unresolved traffic: the config's, or the default
+  // without a config.
+  using UnresolvedLimit = std::uint32_t (Routing::KernelMfib::Config::*)() const noexcept;
+  void doSendUnresolvedLimit(UnresolvedLimit limit, std::uint32_t defaultValue,
+                             void (MfibAf::*send)(std::uint32_t));
   void handleKernelMfibConfigDel();
   void handleTask();
   void doKickReview();

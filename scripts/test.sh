@@ -10,6 +10,8 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
 status=0
+echo "=== include directions"
+"$top/scripts/check-includes.sh" || status=1
 run_suite() {
   local dir=$1; shift
   echo "=== build $dir $*"
