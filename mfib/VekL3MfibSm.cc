@@ -361,20 +361,20 @@ void VekL3MfibSm::handleChangedRoutes() {
   // iterator asserts it), so the keys worked leave together at its end, and the next run
   // starts at the first key left. A key recorded meanwhile would wait in the set's list,
   // which the drain leaves alone, for the next run.
-  auto it = changedRoute_.begin();
+  ChangedRouteSet::Walk it = changedRoute_.walk();
   while (!it.done()) {
     if (task.taskShouldYield()) break;
-    const MfibVrfDirRouteKey& member = it->key;
+    const MfibVrfDirRouteKey member = it.key();
     VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), member.app());
     doUpdateRoute(member.app(), member.key());
     ++count;
-    ++it;
+    it.next();
   }
   task.taskWorkCountInc(count);
   if (it.done()) {
     changedRoute_.drainAll();
   } else if (count > 0) {
-    changedRoute_.drainBefore(it->key);
+    changedRoute_.drainBefore(it);
   }
   const std::size_t left = changedRouteCount();
   if (left == 0) {

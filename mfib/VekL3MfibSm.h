@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <string_view>
 
+#include "mfib/ChangedRouteSet.h"
 #include "mfib/NestedSm_MfibVash.h"
 #include "mfib/OifSet.h"
 #include "mfib/VekL3MfibModule.h"
 #include "runtime/dov/TaskAttribute.h"
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/lumo/Ptr.h"
-#include "runtime/qel/BufferedHashSet.h"
 #include "runtime/qel/CollectionAttr.h"
 #include "runtime/qel/NestedSmCollection.h"
 #include "runtime/qel/SmSubscriber.h"
@@ -121,7 +121,7 @@ class VekL3MfibSm : public Qel::StateMachine {
   void changedRouteDelAll() { changedRoute_.clear(); }
   // Room for that many waiting keys, made before a walk adds a table's keys in the order
   // the set itself has.
-  void changedRouteReserve(std::size_t members) { changedRoute_.reserve(members); }
+  void changedRouteReserve(std::size_t members) { changedRoute_.reserve(members, af_); }
 
   const Bookmark& bookmark() const noexcept { return bookmark_.get(); }
   void bookmarkIs(const Bookmark& bookmark) { bookmark_.is(*this, bookmark); }
@@ -183,7 +183,7 @@ class VekL3MfibSm : public Qel::StateMachine {
   const Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
   const Lumo::Ptr<Dov::TaskScheduler> taskScheduler_;
   Qel::NestedSmCollection<VekL3MfibSm, NestedSm_MfibVash, &Status::app> HN_NestedSm_MfibVash_{this};
-  Qel::BufferedHashSet<MfibVrfDirRouteKey> changedRoute_;
+  ChangedRouteSet changedRoute_;
   Qel::ValueAttr<Bookmark, kBookmark> bookmark_;
   Qel::ValueAttr<bool, kReviewedOnce> reviewedOnce_;
   Qel::ValueAttr<bool, kInitialized> initialized_;

@@ -61,6 +61,12 @@ class IpGenAddr {
     // The low half is multiplied first, so that equal halves do not cancel each other.
     return (high ^ (low * 0x9e3779b97f4a7c15ULL)) + static_cast<std::uint64_t>(family_);
   }
+  // hashWord() of the IPv4 address with these 4 raw bytes, without making the address.
+  static std::uint64_t ipv4HashWord(const std::uint8_t* raw) noexcept {
+    std::uint32_t high = 0;
+    std::memcpy(&high, raw, sizeof(high));
+    return std::uint64_t{high} + static_cast<std::uint64_t>(AddressFamily::ipv4);
+  }
 
   friend bool operator==(const IpGenAddr&, const IpGenAddr&) noexcept = default;
   friend std::strong_ordering operator<=>(const IpGenAddr&, const IpGenAddr&) noexcept = default;

@@ -33,8 +33,14 @@ class IpGenRouteKey {
   // table's lookup), and the hash collections mix what they are given once more: so the
   // source is mixed once and the group only multiplied, a third of the cost of mixing
   // each part on its own.
-  std::size_t hash() const noexcept {
-    return Lanx::hashMix64(prefixWord(source_)) ^ (prefixWord(group_) * 0xc2b2ae3d27d4eb4fULL);
+  std::size_t hash() const noexcept { return hashOfWords(prefixWord(source_), prefixWord(group_)); }
+  // The same from the parts, for a key kept in another form: a prefix's word is its
+  // address's hashWord() and its length.
+  static std::uint64_t prefixWord(std::uint64_t addrWord, std::uint8_t length) noexcept {
+    return addrWord ^ (std::uint64_t{length} * 0x9ddfea08eb382d69ULL);
+  }
+  static std::size_t hashOfWords(std::uint64_t sourceWord, std::uint64_t groupWord) noexcept {
+    return Lanx::hashMix64(sourceWord) ^ (groupWord * 0xc2b2ae3d27d4eb4fULL);
   }
 
   friend bool operator==(const IpGenRouteKey&, const IpGenRouteKey&) noexcept = default;
@@ -46,7 +52,7 @@ class IpGenRouteKey {
 
  private:
   static std::uint64_t prefixWord(const Lanx::IpGenPrefix& prefix) noexcept {
-    return prefix.addr().hashWord() ^ (std::uint64_t{prefix.length()} * 0x9ddfea08eb382d69ULL);
+    return prefixWord(prefix.addr().hashWord(), prefix.length());
   }
 
   Lanx::IpGenPrefix source_;
