@@ -5,6 +5,7 @@
 #include <google/protobuf/message.h>
 
 #include "dataplane/Model.h"
+#include "proto/bess.pb.h"
 #include "runtime/vek/ModuleClass.h"
 
 namespace Dataplane {
@@ -34,11 +35,39 @@ std::string quoted(const std::string& text) {
   return out + '"';
 }
 
+// The device a capture port opens, or empty.
+std::string portDevice(const DaemonPort& port) {
+  bess::pb::PCAPPortArg arg;
+  if (!port.arg.UnpackTo(&arg)) return {};
+  return arg.dev();
+}
+
+bool isFabricDevice(const std::string& device) {
+  return device == "fabric" || device.starts_with("fwd");
+}
+
+bool isFabricModuleClass(std::uint32_t moduleClass) {
+  return moduleClass == Vek::VekModule::vlanMetadata ||
+         moduleClass == Vek::VekModule::l2MVxlanIn || moduleClass == Vek::VekModule::l2MVxlanOut;
+}
+
 }  // namespace
 
 DotWriter::DotWriter(const Model& model) : model_(model) {
   collectNodesAndEdges();
+  collectFabric();
   assignVrfs();
+}
+
+void DotWriter::collectFabric() {
+  for (const auto& [name, port] : model_.ports()) {
+    if (isFabricDevice(portDevice(port))) fabric_.insert(name);
+  }
+  for (const auto& [name, m] : model_.modules()) {
+    if (isFabricModuleClass(m.moduleClass) || fabric_.contains(stringField(m.init.get(), "port"))) {
+      fabric_.insert(name);
+    }
+  }
 }
 
 void DotWriter::collectNodesAndEdges() {
@@ -78,15 +107,16 @@ std::string DotWriter::vrfByName(const std::string& name) const {
 }
 
 void DotWriter::assignVrfs() {
+  for (const std::string& node : fabric_) nodeVrf_[node].clear();
   for (auto& [node, vrf] : nodeVrf_) {
-    if (vrf.empty() && !shared_.contains(node)) vrf = vrfByName(node);
+    if (vrf.empty() && !shared_.contains(node) && !fabric_.contains(node)) vrf = vrfByName(node);
   }
   // A node of no VRF by name joins the VRF of its neighbours when they agree, so that the
   // receive and transmit paths of an interface sit with their FIB.
   for (bool changed = true; changed;) {
     changed = false;
     for (auto& [node, vrf] : nodeVrf_) {
-      if (!vrf.empty() || shared_.contains(node)) continue;
+      if (!vrf.empty() || shared_.contains(node) || fabric_.contains(node)) continue;
       std::set<std::string> around;
       for (const Edge& edge : edges_) {
         const std::string* other = edge.from == node ? &edge.to
@@ -103,8 +133,12 @@ void DotWriter::assignVrfs() {
 }
 
 std::string DotWriter::write() const {
+  // The fabric's cluster is keyed so that no VRF name can meet it.
+  const std::string fabricKey = "\n";
   std::map<std::string, std::vector<std::string>> byVrf;
-  for (const auto& [node, vrf] : nodeVrf_) byVrf[vrf].push_back(node);
+  for (const auto& [node, vrf] : nodeVrf_) {
+    byVrf[fabric_.contains(node) ? fabricKey : vrf].push_back(node);
+  }
 
   auto nodeLine = [this](const std::string& node) {
     if (const DaemonModule* m = model_.module(node)) {
@@ -119,7 +153,9 @@ std::string DotWriter::write() const {
   for (const auto& [vrf, nodes] : byVrf) {
     const bool cluster = !vrf.empty();
     const std::string indent = cluster ? "    " : "  ";
-    if (cluster) {
+    if (vrf == fabricKey) {
+      out += "  subgraph \"cluster_fabric\" {\n    label=\"fabric\";\n";
+    } else if (cluster) {
       out += fmt::format("  subgraph {} {{\n    label={};\n", quoted("cluster_" + vrf),
                          quoted("VRF " + vrf));
     }

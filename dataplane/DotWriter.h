@@ -11,8 +11,10 @@ namespace Dataplane {
 class Model;
 
 // Draws the daemon's modules and ports as nodes and their gate links as edges labelled
-// "<output gate>→<input gate>", with one cluster per VRF. A port is joined by a dashed
-// edge to the port module that names it. The modules shared by all VRFs stay outside.
+// "<output gate>→<input gate>", with one cluster per VRF and one for the fabric paths (the
+// ports on the "fabric" and forwarding devices, their port modules, the VLAN metadata and
+// L2 VXLAN modules). A port is joined by a dashed edge to the port module that names it.
+// The modules shared by all VRFs stay outside.
 class DotWriter {
  public:
   explicit DotWriter(const Model& model);
@@ -26,6 +28,7 @@ class DotWriter {
   };
 
   void collectNodesAndEdges();
+  void collectFabric();
   void assignVrfs();
   // The VRF a name ends with ("MfibIpv4red", "Mdata_McastHwFwd_red"), or empty.
   std::string vrfByName(const std::string& name) const;
@@ -34,6 +37,7 @@ class DotWriter {
   std::set<std::string> vrfs_;
   std::map<std::string, std::string> nodeVrf_;  // node -> VRF, empty outside every VRF
   std::set<std::string> shared_;                // nodes never put in a VRF
+  std::set<std::string> fabric_;                // nodes of the fabric cluster
   std::vector<Edge> edges_;
 };
 

@@ -75,7 +75,7 @@ CommandResult Mfib::setMaxUnresolvedPktBuffers(const vek::pb::SizeArg& arg) {
 }
 
 CommandResult Mfib::setBridgeMacAddr(const vek::pb::EthernetConfigArg& arg) {
-  auto text = AddressText::mac(arg.macaddr());
+  auto text = AddressText::mac(arg.bridgemacaddr());
   if (!text) return CommandResult::error(EINVAL, "a MAC address has six bytes");
   bridgeMacAddr_ = *text;
   return CommandResult::ok();

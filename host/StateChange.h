@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/ScenarioValues.h"
+#include "host/VxlanStateKeys.h"
 
 namespace VekHost {
 
@@ -53,6 +54,7 @@ struct StateChange {
   std::map<std::string, int> intfVlans;  // interface name to VLAN id
   std::vector<Mroute> mroutes;
   std::vector<RouteTableName> tables;
+  VxlanChange vxlan;  // the VXLAN, fabric and proxy keys
 };
 
 }  // namespace VekHost

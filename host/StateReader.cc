@@ -44,6 +44,14 @@ const std::vector<StateReader::Key>& StateReader::keys() {
       {"intfVlans", &StateReader::intfVlans},
       {"mroutes", &StateReader::mroutes},
       {"tables", &StateReader::tables},
+      {"fwdDevices", &StateReader::fwdDevices},
+      {"hwCapabilities", &StateReader::hwCapabilities},
+      {"vtis", &StateReader::vtis},
+      {"remoteVnis", &StateReader::remoteVnis},
+      {"decapRoutes", &StateReader::decapRoutes},
+      {"tunnelMappings", &StateReader::tunnelMappings},
+      {"mcastIrb", &StateReader::mcastIrb},
+      {"proxyVlans", &StateReader::proxyVlans},
   };
   return table;
 }
@@ -194,6 +202,39 @@ void StateReader::tables(const YAML::Node& node, StateOp, StateChange& change) c
     YamlReader::requireMapWithKeys(element, "a route table", {"vrf", "af", "app"});
     change.tables.push_back(table(element));
   }
+}
+
+// The VXLAN keys read in a file of their own.
+void StateReader::fwdDevices(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readFwdDevices(values_, node, op, change.vxlan);
+}
+
+void StateReader::hwCapabilities(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readHwCapabilities(node, op, change.vxlan);
+}
+
+void StateReader::vtis(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readVtis(values_, node, op, change.vxlan);
+}
+
+void StateReader::remoteVnis(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readRemoteVnis(node, op, change.vxlan);
+}
+
+void StateReader::decapRoutes(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readDecapRoutes(values_, node, op, change.vxlan);
+}
+
+void StateReader::tunnelMappings(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readTunnelMappings(values_, node, op, change.vxlan);
+}
+
+void StateReader::mcastIrb(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readMcastIrb(values_, node, op, change.vxlan);
+}
+
+void StateReader::proxyVlans(const YAML::Node& node, StateOp op, StateChange& change) const {
+  VxlanStateKeys::readProxyVlans(node, op, change.vxlan);
 }
 
 }  // namespace VekHost

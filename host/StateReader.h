@@ -42,6 +42,14 @@ class StateReader {
   void intfVlans(const YAML::Node& node, StateOp op, StateChange& change) const;
   void mroutes(const YAML::Node& node, StateOp op, StateChange& change) const;
   void tables(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void fwdDevices(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void hwCapabilities(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void vtis(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void remoteVnis(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void decapRoutes(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void tunnelMappings(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void mcastIrb(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void proxyVlans(const YAML::Node& node, StateOp op, StateChange& change) const;
 
   KernelDevice device(const YAML::Node& node, StateOp op) const;
   KernelMfibConfig mfibConfig(const YAML::Node& node) const;

@@ -59,6 +59,7 @@ void StateWriter::apply(const StateChange& change, StateOp op) {
   if (op == StateOp::set) tables(change, op);
   mroutes(change, op);
   if (op == StateOp::remove) tables(change, op);
+  VxlanStateKeys::write(store_, change.vxlan, op);
 }
 
 void StateWriter::vrfs(const StateChange& change, StateOp op) {

@@ -154,7 +154,7 @@ void MfibAf::setBridgeMacAddr(const Lanx::EthAddr& ethAddr) {
   if (ethAddr.isZero()) return;
   auto* arg = new vek::pb::EthernetConfigArg;
   const auto bytes = ethAddr.rawBytes();
-  arg->set_macaddr(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  arg->set_bridgemacaddr(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   send(cmdName().setBridgeMacAddr, arg);
 }
 

@@ -13,6 +13,8 @@ enum ModuleClass : std::uint32_t {
   mfibVek = 27,
   metaData = 28,
   vlanMetadata = 83,
+  l2MVxlanIn = 84,
+  l2MVxlanOut = 85,
   txDemuxer = 105,
   igmpV2 = 120,
 };

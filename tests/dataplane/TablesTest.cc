@@ -40,7 +40,7 @@ TEST_F(MfibTableTest, MalformedRoutesAreRefusedAndLeaveTheTableAlone) {
 
 TEST_F(MfibTableTest, SettingsTakeRemovalsAndRefuseABadMac) {
   vek::pb::EthernetConfigArg mac;
-  mac.set_macaddr("short");
+  mac.set_bridgemacaddr("short");
   EXPECT_EQ(fib.setBridgeMacAddr(mac).code, EINVAL);
   vek::pb::MulticastIntfArg intfs;
   intfs.add_intfids(5);

@@ -1,0 +1,308 @@
+#include "vxlan/VxlanPipeline.h"
+
+#include "runtime/lumo/Assert.h"
+#include "runtime/trace/Trace.h"
+#include "runtime/vek/ModuleCounters.h"
+#include "runtime/state/VlanIntfId.h"
+#include "runtime/vek/NamespaceDut.h"
+
+namespace VekMVxlan {
+
+using Lanx::AddressFamily;
+using VekL3Mcast::McastL2VxlanRxSet;
+using VekL3Mcast::McastRxType;
+
+VxlanPipeline::VxlanPipeline(VxlanPipelineOwner* owner,
+                             Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair,
+                             Lumo::Ptr<Vek::CmdConfigGroup> cmdConfigGroup,
+                             Lumo::Ptr<Vek::VekCommonSmData> vekcsd,
+                             Lumo::Ptr<Lanx::PamRxBuf const> rxBuf)
+    : owner_(owner),
+      modulePair_(std::move(modulePair)),
+      cmdConfigGroup_(std::move(cmdConfigGroup)),
+      vekcsd_(std::move(vekcsd)),
+      rxBuf_(std::move(rxBuf)) {}
+
+VxlanPipeline::~VxlanPipeline() {
+  hasNotificationActiveIs(false);
+  qelDoZombieReactors(true);
+}
+
+// ---- Inputs ----
+
+namespace {
+
+template <typename Entity>
+void follow(Qel::SmSubscriber<VxlanPipeline>& reactor, const Lumo::Ptr<Entity const>& entity) {
+  reactor.publisherIs(const_cast<Entity*>(entity.get()));
+  reactor.isRegisteredIs(true);
+}
+
+}  // namespace
+
+void VxlanPipeline::vtiStatusDirIs(Lumo::Ptr<Vxlan::VtiStatusDir const> dir) {
+  follow(vtiStatusDirDispatch_, dir);
+  vtiStatusDir_.is(*this, std::move(dir));
+  HN_NestedSm_VtiStatus_.smDelAll();
+  if (!vtiStatusDir()) return;
+  for (const auto& member : vtiStatusDir()->vtiStatuses()) handleVtiStatus(member.key);
+}
+
+void VxlanPipeline::handleVtiStatus(const Lanx::IntfId& intf) {
+  if (Lumo::Ptr<Vxlan::VtiStatus const> status = vtiStatusDir()->vtiStatus(intf)) {
+    HN_NestedSm_VtiStatus_.smIs(status);
+  } else {
+    HN_NestedSm_VtiStatus_.smDel(intf);
+  }
+}
+
+void VxlanPipeline::tunnelFwdingStatusIs(
+    AddressFamily af, Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const> status) {
+  if (af == AddressFamily::ipv6) {
+    follow(tunnelFwdingStatus6Dispatch_, status);
+    tunnelFwdingStatus6_.is(*this, std::move(status));
+    HN_NestedSm_VlanStatus6_.smDelAll();
+  } else {
+    follow(tunnelFwdingStatus4Dispatch_, status);
+    tunnelFwdingStatus4_.is(*this, std::move(status));
+    HN_NestedSm_VlanStatus4_.smDelAll();
+  }
+  if (!tunnelFwdingStatus(af)) return;
+  for (const auto& member : tunnelFwdingStatus(af)->vlanStatuses()) {
+    handleVlanStatus(af, member.key);
+  }
+}
+
+void VxlanPipeline::handleVlanStatus(AddressFamily af, Bridging::VlanId vlan) {
+  auto status = tunnelFwdingStatus(af)->vlanStatus(vlan);
+  if (af == AddressFamily::ipv6) {
+    if (status) {
+      HN_NestedSm_VlanStatus6_.smIs(status);
+    } else {
+      HN_NestedSm_VlanStatus6_.smDel(vlan);
+    }
+  } else if (status) {
+    HN_NestedSm_VlanStatus4_.smIs(status);
+  } else {
+    HN_NestedSm_VlanStatus4_.smDel(vlan);
+  }
+}
+
+void VxlanPipeline::tunDecapConfigIs(
+    AddressFamily af, Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const> config) {
+  if (af == AddressFamily::ipv6) {
+    follow(tunDecapConfig6Dispatch_, config);
+    tunDecapConfig6_.is(*this, std::move(config));
+  } else {
+    follow(tunDecapConfig4Dispatch_, config);
+    tunDecapConfig4_.is(*this, std::move(config));
+  }
+}
+
+void VxlanPipeline::mcastIrbStatusIs(AddressFamily af,
+                                     Lumo::Ptr<Irb::Multicast::McastIrbStatus const> status) {
+  if (af == AddressFamily::ipv6) {
+    follow(mcastIrbStatus6Dispatch_, status);
+    mcastIrbStatus6_.is(*this, std::move(status));
+  } else {
+    follow(mcastIrbStatus4Dispatch_, status);
+    mcastIrbStatus4_.is(*this, std::move(status));
+  }
+}
+
+void VxlanPipeline::igmpProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status) {
+  follow(igmpProxyStatusDispatch_, status);
+  igmpProxyStatus_.is(*this, std::move(status));
+}
+
+void VxlanPipeline::mldProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status) {
+  follow(mldProxyStatusDispatch_, status);
+  mldProxyStatus_.is(*this, std::move(status));
+}
+
+void VxlanPipeline::hwCapabilitiesIs(Lumo::Ptr<Bridging::HwCapabilities const> capabilities) {
+  follow(hwCapabilitiesDispatch_, capabilities);
+  hwCapabilities_.is(*this, std::move(capabilities));
+  handleVxlanSwitchPktToMcastTunnelInSw();
+}
+
+// ---- The L2 pipeline ----
+
+Lumo::Ptr<VekL3Mcast::MfibAf> VxlanPipeline::defaultMfib(AddressFamily af) const {
+  return owner_->mfibModule(L3::VrfName::defaultVrf(), af);
+}
+
+bool VxlanPipeline::l2PipelineWanted() const {
+  auto hasVlans = [](const auto& table) { return table && !table->vlanStatuses().empty(); };
+  auto hasProxies = [](const auto& table) { return table && !table->empty(); };
+  return hasVlans(tunnelFwdingStatus(AddressFamily::ipv4)) || hasVlans(tunnelFwdingStatus(AddressFamily::ipv6)) ||
+         hasProxies(igmpProxyStatus()) || hasProxies(mldProxyStatus());
+}
+
+void VxlanPipeline::doCreateL2ReceiveSet() {
+  auto set = Lumo::makePtr<McastL2VxlanRxSet>();
+  mcastL2VxlanRxSet_.is(*this, set);
+  for (McastRxType type : {McastRxType::mcastHwFwd, McastRxType::mcastSwFwd,
+                           McastRxType::mcastSwFwdPeerLinkOrCore}) {
+    const auto rx = set->mcastL2VxlanRxIs(type, rxBuf_);
+    rx->createBessPort(cmdConfigGroup_);
+    rx->createRxModule(modulePair_);
+    rx->createVlanMetadataModule(modulePair_);
+    VekL3Mcast::addVlanMetadataCounters(rx->vlanMetadataModule(), vekcsd_);
+    rx->rxModule()->connectModule(rx->vlanMetadataModule());
+  }
+  QEL_ASSERT(mcastL2VxlanRxSet() && mcastL2VxlanRxSet()->mcastL2VxlanRxs() == 3,
+             "mcastL2VxlanRxSet and mcastL2VxlanRxSet->mcastL2VxlanRxs() == 3");
+  owner_->attachMcastVxlanRxSetTasks(set);
+}
+
+void VxlanPipeline::doCreateL2Decap() {
+  const auto out = l2MVxlanOutFactory(Lumo::String(L2MVxlanOut::defaultName),
+                                      L2MVxlanOut::defaultInGates, L2MVxlanOut::defaultOutGates,
+                                      modulePair_);
+  l2VxlanOutModule_.is(*this, out);
+  addL2MVxlanOutCounters(out, vekcsd_);
+  doConnectMfibToL2MVxlanOut(AddressFamily::ipv4);
+  doConnectMfibToL2MVxlanOut(AddressFamily::ipv6);
+  const auto hwFwd = mcastL2VxlanRxSet()->mcastL2VxlanRx(McastRxType::mcastHwFwd);
+  auto tx = Lumo::makePtr<VekL3Mcast::McastL2VxlanTx>(hwFwd->portName());
+  mcastL2VxlanTx_.is(*this, tx);
+  tx->createTxModule(modulePair_);
+  owner_->attachMcastL2VxlanTxTasks(tx);
+  out->connectModule(tx->txModule());
+}
+
+void VxlanPipeline::doCreateL2MVxlanPipeline() {
+  VEK_TRACE(info, "Creating the L2 VXLAN pipeline");
+  doCreateL2ReceiveSet();
+  const auto in = l2MVxlanInFactory(Lumo::String(L2MVxlanIn::defaultName),
+                                    L2MVxlanIn::defaultInGates, L2MVxlanIn::defaultOutGates,
+                                    modulePair_);
+  l2VxlanInModule_.is(*this, in);
+  addL2MVxlanInCounters(in, vekcsd_);
+  for (const auto& rx : mcastL2VxlanRxSet()->mcastL2VxlanRx()) {
+    rx.value->vlanMetadataModule()->connectModule(in);
+  }
+  doConnectMfibToL2MVxlanIn(AddressFamily::ipv4);
+  doConnectMfibToL2MVxlanIn(AddressFamily::ipv6);
+  owner_->handleFwdDevStateSm();
+  // Only a namespace device decapsulates; everywhere else the handlers find no decap
+  // module and skip it.
+  if (Vek::isNamespaceDut()) doCreateL2Decap();
+
+  updateAllVlanGroups();
+  // The snooping membership machines of both families are made here.
+
+  for (const auto& member : HN_NestedSm_VtiStatus_.members()) {
+    NestedSm_VtiStatus& vti = *member.value;
+    vti.handleSrcIpIntf();
+    vti.handleVtepAddr(AddressFamily::ipv4);
+    vti.handleVtepAddr(AddressFamily::ipv6);
+    for (const auto& entry : vti.vtiStatus().vlanToVniMaps()) vti.handleVlanToVniMap(entry.key);
+  }
+  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+    if (!tunDecapConfig(af)) continue;
+    for (const auto& route : tunDecapConfig(af)->routes()) handleDecapRoute(af, route.key);
+  }
+  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+    if (!mcastIrbStatus(af)) continue;
+    for (const auto& entry : mcastIrbStatus(af)->sbdVlans()) handleVlanToSbdVlan(af, entry.key);
+  }
+  handleVxlanSwitchPktToMcastTunnelInSw();
+  if (bridgingConfig_.get()) in->setLocalBridgeMacAddr(bridgingConfig_.get()->bridgeMacAddr());
+  // The flood-set machine is made here.
+  doConnectL3MVxlanInToL2MVxlanIn();
+}
+
+void VxlanPipeline::doDeleteL2MVxlanPipeline() {
+  VEK_TRACE(info, "Deleting the L2 VXLAN pipeline");
+  // The snooping membership machines of both families go here.
+  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+    const auto mfib = defaultMfib(af);
+    if (!mfib) continue;
+    if (l2VxlanInModule()) l2VxlanInModule()->disconnectModule(mfib);
+    if (l2VxlanOutModule()) mfib->disconnectModule(l2VxlanOutModule());
+  }
+  if (const auto& set = mcastL2VxlanRxSet()) {
+    for (const auto& member : set->mcastL2VxlanRx()) {
+      VekL3Mcast::McastL2VxlanRx& rx = *member.value;
+      const Lumo::Ptr<VekL3Mcast::VlanMetadataModule> vlanMetadata = rx.vlanMetadataModule();
+      if (!vlanMetadata) continue;
+      if (rx.rxModule()) rx.rxModule()->disconnectModule(vlanMetadata);
+      if (l2VxlanInModule()) vlanMetadata->disconnectModule(l2VxlanInModule());
+      rx.vlanMetadataModuleDel();
+      Vek::freeModuleCounters(vlanMetadata, vekcsd_);
+    }
+  }
+  doDisconnectL3MVxlanInToL2MVxlanIn();
+  if (Lumo::Ptr<L2MVxlanOut> out = l2VxlanOutModule()) {
+    l2VxlanOutModule_.is(*this, Lumo::Ptr<L2MVxlanOut>());
+    Vek::freeModuleCounters(out, vekcsd_);
+  }
+  if (Lumo::Ptr<L2MVxlanIn> in = l2VxlanInModule()) {
+    l2VxlanInModule_.is(*this, Lumo::Ptr<L2MVxlanIn>());
+    Vek::freeModuleCounters(in, vekcsd_);
+  }
+  owner_->handleFwdDevStateSm();
+  mcastL2VxlanTx_.is(*this, Lumo::Ptr<VekL3Mcast::McastL2VxlanTx>());
+  mcastL2VxlanRxSet_.is(*this, Lumo::Ptr<McastL2VxlanRxSet>());
+  // The flood-set machine goes here.
+}
+
+void VxlanPipeline::doConnectMfibToL2MVxlanIn(AddressFamily af) {
+  const auto mfib = defaultMfib(af);
+  if (!mfib || !l2VxlanInModule()) return;
+  l2VxlanInModule()->connectViaReservedGate(
+      mfib, af == AddressFamily::ipv4 ? L2MVxlanIn::mfibGate : L2MVxlanIn::mfibGate + 1);
+}
+
+void VxlanPipeline::doConnectMfibToL2MVxlanOut(AddressFamily af) {
+  const auto mfib = defaultMfib(af);
+  if (!mfib || !l2VxlanOutModule()) return;
+  mfib->connectModule(l2VxlanOutModule());
+}
+
+void VxlanPipeline::doConnectMfibToVlan(AddressFamily af) {
+  const auto mfib = defaultMfib(af);
+  // Without a decap module no VLAN leaves the FIB towards it; its name is what the FIB's
+  // gate is found by.
+  if (!mfib || !l2VxlanOutModule()) return;
+  const Vek::GateId gate = mfib->findGateByName(l2VxlanOutModule()->name(), false);
+  for (const auto* table : {igmpProxyStatus().get(), mldProxyStatus().get()}) {
+    if (!table) continue;
+    for (const auto& vlan : table->vlans()) {
+      mfib->intfIdToOutGateIs(Lanx::VlanIntfId::vlanIdToIntfId(vlan.key), gate);
+    }
+  }
+}
+
+void VxlanPipeline::doConnectL3MVxlanInToL2MVxlanIn() {
+  if (!l2VxlanInModule()) return;
+  // The L3 encapsulation modules connect through their reserved gate 2 here.
+}
+
+void VxlanPipeline::doDisconnectL3MVxlanInToL2MVxlanIn() {
+  if (!l2VxlanInModule()) return;
+  // The L3 encapsulation modules disconnect here.
+}
+
+// ---- The VRFs' life ----
+
+void VxlanPipeline::vrfStarted(const L3::VrfName& vrf, AddressFamily af) {
+  if (vrf != L3::VrfName::defaultVrf()) return;
+  // The FIB's gate towards the decap module has to stand before the VLANs' entries name it.
+  doConnectMfibToL2MVxlanIn(af);
+  doConnectMfibToL2MVxlanOut(af);
+  doConnectMfibToVlan(af);
+}
+
+void VxlanPipeline::vrfStopping(const L3::VrfName&, AddressFamily) {
+  // A FIB module that goes takes its links with it.
+}
+
+void VxlanPipeline::vrfIdChanged(const L3::VrfName&, Vrf::VrfIdMap::VrfId,
+                                 Vrf::VrfIdMap::VrfId) {
+  // Only the L3 side knows VRFs by id.
+}
+
+}  // namespace VekMVxlan
