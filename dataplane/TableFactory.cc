@@ -1,6 +1,8 @@
 #include "dataplane/TableFactory.h"
 
 #include "dataplane/IgmpV2.h"
+#include "dataplane/MMplsIn.h"
+#include "dataplane/MMplsOut.h"
 #include "dataplane/MetaData.h"
 #include "dataplane/Mfib.h"
 #include "dataplane/PcapPort.h"
@@ -29,6 +31,10 @@ std::unique_ptr<ModuleTable> TableFactory::moduleTable(std::uint32_t moduleClass
       return std::make_unique<TxDemuxer>(context);
     case Class::igmpV2:
       return std::make_unique<IgmpV2>();
+    case Class::mMplsIn:
+      return std::make_unique<MMplsIn>(context);
+    case Class::mMplsOut:
+      return std::make_unique<MMplsOut>(context);
     default:
       return nullptr;
   }

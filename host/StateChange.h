@@ -53,6 +53,7 @@ struct StateChange {
   std::map<std::string, int> intfVlans;  // interface name to VLAN id
   std::vector<Mroute> mroutes;
   std::vector<RouteTableName> tables;
+  std::map<uint32_t, std::string> mvpnIntfs;  // VRF id to provider interface; empty in a removal
 };
 
 }  // namespace VekHost

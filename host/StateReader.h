@@ -42,6 +42,7 @@ class StateReader {
   void intfVlans(const YAML::Node& node, StateOp op, StateChange& change) const;
   void mroutes(const YAML::Node& node, StateOp op, StateChange& change) const;
   void tables(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void mvpnIntfs(const YAML::Node& node, StateOp op, StateChange& change) const;
 
   KernelDevice device(const YAML::Node& node, StateOp op) const;
   KernelMfibConfig mfibConfig(const YAML::Node& node) const;

@@ -15,6 +15,8 @@ enum ModuleClass : std::uint32_t {
   vlanMetadata = 83,
   txDemuxer = 105,
   igmpV2 = 120,
+  mMplsIn = 140,
+  mMplsOut = 141,
 };
 
 }  // namespace Vek::VekModule
