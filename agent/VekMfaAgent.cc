@@ -80,6 +80,11 @@ MfaAgent::~MfaAgent() {
   fabricDeviceControl()->handleCleanup();
   vrfPipelineControl()->handleCleanup();
   vrfNamespaces()->intfStatusManagerRootDel();
+  txDemuxerModuleProgrammer_.del(*this);
+  if (const auto& control = mplsPipelineControl()) {
+    vrfLifecycleListenerDel(*control);
+    mplsPipelineControl_.del(*this);
+  }
   mfibDirSm_.del(*this);
   mfib6DirSm_.del(*this);
   vrfPipelineControl()->doDeleteRouteMachines();
@@ -196,6 +201,11 @@ void MfaAgent::doMountProviderInputs(const Lumo::Ptr<QelSharedMem::EntityManager
   mountedEntity<Mpls::LfibStatus>(sharedMem, Mpls::LfibStatus::decapPath);
   mountedEntity<Mpls::LfibStatus>(sharedMem, Mpls::LfibStatus::transitPath);
   mMplsInitialized_.is(*this, true);
+  // The MVPN pipeline follows its inputs from here; the reduced agent mounts none of them.
+  const auto& control = mplsPipelineControl_.is(*this, inputs_.mvpnIntfStatus,
+                                                inputs_.vrfIdToNameStatus, mcastModuleManager(),
+                                                configStatusPair(), vekcsd());
+  vrfLifecycleListenerIs(*control);
 }
 
 void MfaAgent::doGetFamilyInputs(AddressFamily af) {
@@ -276,6 +286,30 @@ void MfaAgent::handleDelete() {
   vrfNamespaces()->deleteKniSm(L3::VrfName::defaultVrf());
   pipelines.appRootSmDelAll();
   pipelines.appRoot6SmDelAll();
+  if (const auto& control = mplsPipelineControl()) control->handleCleanup();
+}
+
+bool MfaAgent::txDemuxerEgressConnected() const {
+  const auto& txDemuxer = mcastModuleManager()->txDemuxerModule();
+  if (!txDemuxer) return false;
+  for (std::uint32_t gate = 0; gate < VekTxDemuxer::TxDemuxer::reservedOutGate; ++gate) {
+    if (txDemuxer->outGateInUse(gate)) return true;
+  }
+  return false;
+}
+
+void MfaAgent::connectTxDemuxerModule() {
+  const auto& txDemuxer = mcastModuleManager()->txDemuxerModule();
+  if (!txDemuxer) return;
+  if ((toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) && inputs_.mvpnIntfStatus &&
+      !txDemuxerModuleProgrammer()) {
+    VEK_TRACE(info, "Creating TxDemuxer module programmer");
+    txDemuxerModuleProgrammerIs(inputs_.mvpnIntfStatus, txDemuxer);
+  }
+  // The fabric transmit path connects the demultiplexer itself once it is built.
+  if (const auto& control = mplsPipelineControl()) {
+    control->doConnectTxDemuxerToL3MMpls(VekMMpls::MplsPipelineControl::tunnelAf);
+  }
 }
 
 }  // namespace VekL3Mcast

@@ -11,7 +11,9 @@
 #include "agent/VrfPipelineControl.h"
 #include "intf/VekL3McastIntfSm.h"
 #include "mfib/VekL3MfibModule.h"
+#include "mpls/MplsPipelineControl.h"
 #include "pipeline/MfaInputs.h"
+#include "pipeline/TxDemuxerModuleProgrammer.h"
 #include "pipeline/VekL3McastModuleManager.h"
 #include "pipeline/VekMcastL3IntfSm.h"
 #include "runtime/cordex/EntityManager.h"
@@ -72,6 +74,8 @@ class MfaAgent : public Qel::StateMachine {
     kInitialized,
     kMvxlanInitialized,
     kMMplsInitialized,
+    kMplsPipelineControl,
+    kTxDemuxerModuleProgrammer,
   };
   // The name of the agent's own group of daemon-level commands.
   static constexpr std::string_view cmdConfigGroupName = "mfaAgent";
@@ -154,6 +158,29 @@ class MfaAgent : public Qel::StateMachine {
   RegistrationReplyTable& registrationReplies() noexcept {
     return mfibWorkerTasks()->registrationReplies();
   }
+
+  // The multicast VPN pipeline; made once the MVPN inputs are mounted, so only while one
+  // of the MVPN toggles is on.
+  const Lumo::Ptr<VekMMpls::MplsPipelineControl>& mplsPipelineControl() const noexcept {
+    return mplsPipelineControl_.get();
+  }
+  // Keeps the demultiplexer's provider VLAN of each VRF id; made by connectTxDemuxerModule.
+  const Lumo::Ptr<VekTxDemuxer::TxDemuxerModuleProgrammer>& txDemuxerModuleProgrammer()
+      const noexcept {
+    return txDemuxerModuleProgrammer_.get();
+  }
+  Lumo::Ptr<VekTxDemuxer::TxDemuxerModuleProgrammer> txDemuxerModuleProgrammerIs(
+      const Lumo::Ptr<Routing::Multicast::MvpnIntfStatus const>& intfStatus,
+      const Lumo::Ptr<VekTxDemuxer::TxDemuxer>& demuxModule) {
+    return txDemuxerModuleProgrammer_.is(*this, intfStatus, demuxModule);
+  }
+  void txDemuxerModuleProgrammerDel() { txDemuxerModuleProgrammer_.del(*this); }
+  // Whether the demultiplexer feeds an egress beyond the VRFs' interfaces yet: the fabric
+  // or the MPLS encapsulation, each through its reserved gate.
+  bool txDemuxerEgressConnected() const;
+  // Connects the demultiplexer to what stands of the egresses beyond the VRFs, and makes
+  // the programmer of its provider VLANs when an MVPN toggle asks for it.
+  void connectTxDemuxerModule();
 
   // ---- Owned objects ----
 
@@ -261,6 +288,17 @@ class MfaAgent : public Qel::StateMachine {
                          Lumo::Ptr<IntfVlanId::Table const>, Lumo::Ptr<Qel::Clock const>>
       mcastIntfModuleSm_;
 
+  Qel::InstantiatingAttr<VekMMpls::MplsPipelineControl, kMplsPipelineControl,
+                         "mplsPipelineControl",
+                         Lumo::Ptr<Routing::Multicast::MvpnIntfStatus const>,
+                         Lumo::Ptr<Vrf::VrfIdMap::Status const>, Lumo::Ptr<McastModuleManager>,
+                         Lumo::Ptr<Vek::ModuleConfigStatusPair>, Lumo::Ptr<Vek::VekCommonSmData>>
+      mplsPipelineControl_;
+  Qel::InstantiatingAttr<VekTxDemuxer::TxDemuxerModuleProgrammer, kTxDemuxerModuleProgrammer,
+                         "txDemuxerModuleProgrammer",
+                         Lumo::Ptr<Routing::Multicast::MvpnIntfStatus const>,
+                         Lumo::Ptr<VekTxDemuxer::TxDemuxer>>
+      txDemuxerModuleProgrammer_;
   Qel::ValueAttr<bool, kInitialized> initialized_;
   Qel::ValueAttr<bool, kMvxlanInitialized> mvxlanInitialized_;
   Qel::ValueAttr<bool, kMMplsInitialized> mMplsInitialized_;

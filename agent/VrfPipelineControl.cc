@@ -48,8 +48,7 @@ void VrfPipelineControl::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
     auto set = manager->createMcastAnyRxSet(vrf, id, agent_->cmdConfigGroup());
     mcastAnyRxSetIs(set);
     agent_->mcastIntfModuleSm()->updateIfIndexAll(vrf);
-    // While neither the L2 nor the L3 egress has connected the demultiplexer, the VXLAN
-    // egress connects it here, once that pipeline is built.
+    if (!agent_->txDemuxerEgressConnected()) agent_->connectTxDemuxerModule();
     agent_->mfibWorkerTasks()->attachMcastAnyRxSetTasks(set);
   }
 

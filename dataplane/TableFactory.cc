@@ -3,6 +3,8 @@
 #include "dataplane/IgmpV2.h"
 #include "dataplane/L2MVxlanIn.h"
 #include "dataplane/L2MVxlanOut.h"
+#include "dataplane/MMplsIn.h"
+#include "dataplane/MMplsOut.h"
 #include "dataplane/MetaData.h"
 #include "dataplane/Mfib.h"
 #include "dataplane/PcapPort.h"
@@ -35,6 +37,10 @@ std::unique_ptr<ModuleTable> TableFactory::moduleTable(std::uint32_t moduleClass
       return std::make_unique<L2MVxlanIn>();
     case Class::l2MVxlanOut:
       return std::make_unique<L2MVxlanOut>();
+    case Class::mMplsIn:
+      return std::make_unique<MMplsIn>(context);
+    case Class::mMplsOut:
+      return std::make_unique<MMplsOut>(context);
     default:
       return nullptr;
   }

@@ -55,6 +55,7 @@ struct StateChange {
   std::vector<Mroute> mroutes;
   std::vector<RouteTableName> tables;
   VxlanChange vxlan;  // the VXLAN, fabric and proxy keys
+  std::map<uint32_t, std::string> mvpnIntfs;  // VRF id to provider interface; empty in a removal
 };
 
 }  // namespace VekHost

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "host/MvpnStateKeys.h"
 #include "host/ValueText.h"
 #include "host/YamlReader.h"
 
@@ -52,6 +53,7 @@ const std::vector<StateReader::Key>& StateReader::keys() {
       {"tunnelMappings", &StateReader::tunnelMappings},
       {"mcastIrb", &StateReader::mcastIrb},
       {"proxyVlans", &StateReader::proxyVlans},
+      {"mvpnIntfs", &StateReader::mvpnIntfs},
   };
   return table;
 }
@@ -172,6 +174,10 @@ void StateReader::intfVlans(const YAML::Node& node, StateOp op, StateChange& cha
       keyedMap<int>(
           node, op, "intfVlans", [&](auto& n) { return values_.intf(n, "an interface"); },
           [&](auto& n) { return static_cast<int>(YamlReader::integer(n, "a VLAN", 1, 4094)); }));
+}
+
+void StateReader::mvpnIntfs(const YAML::Node& node, StateOp op, StateChange& change) const {
+  MvpnStateKeys::readMvpnIntfs(values_, node, op, change);
 }
 
 RouteTableName StateReader::table(const YAML::Node& map) const {

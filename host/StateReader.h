@@ -50,6 +50,7 @@ class StateReader {
   void tunnelMappings(const YAML::Node& node, StateOp op, StateChange& change) const;
   void mcastIrb(const YAML::Node& node, StateOp op, StateChange& change) const;
   void proxyVlans(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void mvpnIntfs(const YAML::Node& node, StateOp op, StateChange& change) const;
 
   KernelDevice device(const YAML::Node& node, StateOp op) const;
   KernelMfibConfig mfibConfig(const YAML::Node& node) const;

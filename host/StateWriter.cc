@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "host/MvpnStateKeys.h"
 #include "runtime/state/IpGenPrefix.h"
 #include "runtime/state/MfibRoute.h"
 
@@ -60,6 +61,7 @@ void StateWriter::apply(const StateChange& change, StateOp op) {
   mroutes(change, op);
   if (op == StateOp::remove) tables(change, op);
   VxlanStateKeys::write(store_, change.vxlan, op);
+  MvpnStateKeys::write(store_, change, op);
 }
 
 void StateWriter::vrfs(const StateChange& change, StateOp op) {
@@ -70,11 +72,17 @@ void StateWriter::vrfs(const StateChange& change, StateOp op) {
       store_.vrfNameToId().vrfIdDel(name);
     }
   }
+  // The id-to-name table of the software ids follows the names.
+  writeIdTable(store_.vrfIdMap(), change.vrfs, op);
 }
 
 void StateWriter::hwVrfs(const StateChange& change, StateOp op) {
-  Vrf::VrfIdMap::Status& table = store_.hwVrfIdMap();
-  for (const auto& [name, id] : change.hwVrfs) {
+  writeIdTable(store_.hwVrfIdMap(), change.hwVrfs, op);
+}
+
+void StateWriter::writeIdTable(Vrf::VrfIdMap::Status& table,
+                               const std::map<std::string, uint32_t>& ids, StateOp op) {
+  for (const auto& [name, id] : ids) {
     // A name stands under one id: the entry of its old id goes.
     std::vector<Vrf::VrfIdMap::VrfId> old;
     for (const auto& entry : table.vrfEntries()) {

@@ -23,6 +23,8 @@ class StateWriter {
   void intfVlans(const StateChange& change, StateOp op);
   void mroutes(const StateChange& change, StateOp op);
   void tables(const StateChange& change, StateOp op);
+  static void writeIdTable(Vrf::VrfIdMap::Status& table,
+                           const std::map<std::string, uint32_t>& ids, StateOp op);
 
   CentralStateStore& store_;
 };

@@ -54,7 +54,7 @@ bool McastVrfContainer::isDefault() const noexcept {
 
 void McastVrfContainer::mMplsOutSmDel() { mMplsOutSm_ = nullptr; }
 
-void McastVrfContainer::mMplsOutSmIsForTest(Lumo::Ptr<Qel::StateMachine> sm) {
+void McastVrfContainer::mMplsOutSmIs(Lumo::Ptr<Qel::StateMachine> sm) {
   mMplsOutSm_ = std::move(sm);
 }
 

@@ -143,11 +143,12 @@ class McastVrfContainer : public Qel::Entity {
   void pimRegRxAfDel(Lanx::AddressFamily af) { pimRegRxAf_.del(*this, af); }
   void pimRegRxAfDelAll() { pimRegRxAf_.delAll(*this); }
 
-  // The VRF's MPLS egress machine. The MPLS pipeline that sets it is not built yet; the
-  // container holds it by its base and does not count it among what keeps the container.
+  // The VRF's MPLS decapsulation machine, which the MPLS pipeline makes and sets. The
+  // container holds it by its base, as the pipeline folder does not know the MPLS one, and
+  // does not count it among what keeps the container: it goes with the container.
   const Lumo::Ptr<Qel::StateMachine>& mMplsOutSm() const noexcept { return mMplsOutSm_; }
+  void mMplsOutSmIs(Lumo::Ptr<Qel::StateMachine> sm);
   void mMplsOutSmDel();
-  void mMplsOutSmIsForTest(Lumo::Ptr<Qel::StateMachine> sm);
 
   // A datagram socket in the VRF's network namespace, for interface flags; -1 until open.
   int ioctlFd() const noexcept { return ioctlFd_; }

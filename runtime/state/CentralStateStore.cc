@@ -1,6 +1,5 @@
 #include "runtime/state/CentralStateStore.h"
 
-#include "runtime/state/MvpnIntfStatus.h"
 #include "runtime/state/bridging/HwCapabilities.h"
 #include "runtime/state/bridging/IgmpSnoopingStatus.h"
 #include "runtime/state/intf/IntfStatusDir.h"
@@ -70,6 +69,12 @@ CentralStateStore::CentralStateStore(std::string_view sharedMemName)
   // Tables read without a mount stand from the start.
   hwVrfIdMap_ = Lumo::makePtr<Vrf::VrfIdMap::Status>();
   sharedMem_->entityIs(Vrf::VrfIdMap::Status::hardwarePath, hwVrfIdMap_);
+  // Mounted tables that the writer fills before or after the mount: a mount keeps a table
+  // that stands at its path.
+  vrfIdMap_ = Lumo::makePtr<Vrf::VrfIdMap::Status>();
+  sharedMem_->entityIs(Vrf::VrfIdMap::Status::softwarePath, vrfIdMap_);
+  mvpnIntfs_ = Lumo::makePtr<Routing::Multicast::MvpnIntfStatus>();
+  sharedMem_->entityIs(Routing::Multicast::MvpnIntfStatus::mountPath(), mvpnIntfs_);
   sharedMem_->entityIs(Routing::Multicast::Evpn::OismFloodSet::mountPath(),
                        Lumo::makePtr<Routing::Multicast::Evpn::OismFloodSet>());
   registerTableFactories();

@@ -8,6 +8,7 @@
 #include "runtime/state/AddressFamily.h"
 #include "runtime/state/MfibAppType.h"
 #include "runtime/state/MfibStatus.h"
+#include "runtime/state/MvpnIntfStatus.h"
 #include "runtime/state/NamespaceName.h"
 #include "runtime/state/VrfName.h"
 #include "runtime/state/bridging/Config.h"
@@ -35,6 +36,9 @@ class CentralStateStore {
 
   Vrf::VrfIdMap::NameToIdMap& vrfNameToId() const { return *vrfNameToId_; }
   Vrf::VrfIdMap::Status& hwVrfIdMap() const { return *hwVrfIdMap_; }
+  // The software ids by id ("vrf/vrfIdMapStatus"), beside vrfNameToId's ids by name.
+  Vrf::VrfIdMap::Status& vrfIdMap() const { return *vrfIdMap_; }
+  Routing::Multicast::MvpnIntfStatus& mvpnIntfs() const { return *mvpnIntfs_; }
   Bridging::Config& bridgingConfig() const { return *bridgingConfig_; }
   IntfVlanId::Table& intfVlans() const { return *intfVlans_; }
   Routing::Multicast::MulticastIntfsAppDir& multicastIntfs(Lanx::AddressFamily af) const;
@@ -62,6 +66,8 @@ class CentralStateStore {
   Lumo::Ptr<QelSharedMem::EntityManager> sharedMem_;
   Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap> vrfNameToId_;
   Lumo::Ptr<Vrf::VrfIdMap::Status> hwVrfIdMap_;
+  Lumo::Ptr<Vrf::VrfIdMap::Status> vrfIdMap_;
+  Lumo::Ptr<Routing::Multicast::MvpnIntfStatus> mvpnIntfs_;
   Lumo::Ptr<Bridging::Config> bridgingConfig_;
   Lumo::Ptr<IntfVlanId::Table> intfVlans_;
   Lumo::Ptr<Routing::Multicast::MulticastIntfsAppDir> multicastIntfs_[2];

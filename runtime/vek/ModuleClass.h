@@ -17,6 +17,8 @@ enum ModuleClass : std::uint32_t {
   l2MVxlanOut = 85,
   txDemuxer = 105,
   igmpV2 = 120,
+  mMplsIn = 140,
+  mMplsOut = 141,
 };
 
 }  // namespace Vek::VekModule

@@ -188,7 +188,7 @@ TEST_F(VrfContainerTest, ContainerGoesWithItsLastElementOnly) {
   manager->createMcastAnyRxSet(red, VrfId(2), group);
   manager->createIntfModule(red, et2, "et2", true, group);
   manager->createIgmpV2Module(AddressFamily::ipv4, red, VrfId(2), true, vekcsd);
-  manager->vrf(red)->mMplsOutSmIsForTest(Lumo::makePtr<Qel::StateMachine>());
+  manager->vrf(red)->mMplsOutSmIs(Lumo::makePtr<Qel::StateMachine>());
 
   manager->deleteMfibModule(AddressFamily::ipv4, red);
   manager->deletePimRegRx(AddressFamily::ipv4, red);
