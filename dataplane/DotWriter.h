@@ -9,6 +9,7 @@
 namespace Dataplane {
 
 class Model;
+struct DaemonModule;
 
 // Draws the daemon's modules and ports as nodes and their gate links as edges labelled
 // "<output gate>→<input gate>", with one cluster per VRF. A port is joined by a dashed
@@ -25,6 +26,7 @@ class DotWriter {
     std::string label;  // empty for a port edge
   };
 
+  static std::string moduleLabel(const std::string& name, const DaemonModule& module);
   void collectNodesAndEdges();
   void assignVrfs();
   // The VRF a name ends with ("MfibIpv4red", "Mdata_McastHwFwd_red"), or empty.
