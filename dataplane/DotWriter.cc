@@ -4,6 +4,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
+#include "dataplane/Mfib.h"
 #include "dataplane/Model.h"
 #include "proto/bess.pb.h"
 #include "runtime/vek/ModuleClass.h"
@@ -132,6 +133,29 @@ void DotWriter::assignVrfs() {
   }
 }
 
+// A module is drawn with its name, its class by name and number (a reader takes in "FIB"
+// faster than 26) and, for a FIB, how many routes it holds.
+std::string DotWriter::moduleLabel(const std::string& name, const DaemonModule& module) {
+  namespace Class = Vek::VekModule;
+  static const std::map<std::uint32_t, std::string_view> classNames = {
+      {Class::portInc, "port in"},
+      {Class::portOut, "port out"},
+      {Class::mfib, "FIB"},
+      {Class::mfibVek, "FIB"},
+      {Class::metaData, "metadata"},
+      {Class::vlanMetadata, "VLAN metadata"},
+      {Class::txDemuxer, "demultiplexer"},
+      {Class::igmpV2, "IGMPv2"}};
+  auto className = classNames.find(module.moduleClass);
+  std::string label = className == classNames.end()
+                          ? fmt::format("{}\nclass {}", name, module.moduleClass)
+                          : fmt::format("{}\n{} ({})", name, className->second, module.moduleClass);
+  if (const auto* fib = dynamic_cast<const Mfib*>(module.table.get())) {
+    label += fmt::format("\n{} route{}", fib->routeCount(), fib->routeCount() == 1 ? "" : "s");
+  }
+  return label;
+}
+
 std::string DotWriter::write() const {
   // The fabric's cluster is keyed so that no VRF name can meet it.
   const std::string fabricKey = "\n";
@@ -142,8 +166,7 @@ std::string DotWriter::write() const {
 
   auto nodeLine = [this](const std::string& node) {
     if (const DaemonModule* m = model_.module(node)) {
-      return fmt::format("{} [label={}];", quoted(node),
-                         quoted(fmt::format("{}\n{}", node, m->moduleClass)));
+      return fmt::format("{} [label={}];", quoted(node), quoted(moduleLabel(node, *m)));
     }
     return fmt::format("{} [shape=ellipse, label={}];", quoted(node),
                        quoted(fmt::format("{}\n{}", node, model_.ports().at(node).driver)));

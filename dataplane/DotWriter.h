@@ -9,6 +9,7 @@
 namespace Dataplane {
 
 class Model;
+struct DaemonModule;
 
 // Draws the daemon's modules and ports as nodes and their gate links as edges labelled
 // "<output gate>→<input gate>", with one cluster per VRF and one for the fabric paths (the
@@ -27,6 +28,7 @@ class DotWriter {
     std::string label;  // empty for a port edge
   };
 
+  static std::string moduleLabel(const std::string& name, const DaemonModule& module);
   void collectNodesAndEdges();
   void collectFabric();
   void assignVrfs();

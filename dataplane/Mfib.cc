@@ -130,19 +130,32 @@ CommandResult Mfib::registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg) {
   return CommandResult::answer(std::move(reply));
 }
 
-nlohmann::ordered_json Mfib::dump() const {
-  nlohmann::ordered_json routes = nlohmann::ordered_json::object();
-  for (const auto& [key, route] : routes_) {
-    nlohmann::ordered_json gates = nlohmann::ordered_json::array();
-    for (const auto& [intfId, gate] : route.gates) {
-      gates.push_back({{"intfId", std::to_string(intfId)}, {"gate", gate}});
-    }
-    routes[key] = {{"iif", std::to_string(route.iif)},
-                   {"gates", std::move(gates)},
-                   {"fastdrop", route.fastdrop},
-                   {"iifRegister", route.iifRegister},
-                   {"oifRegister", route.oifRegister}};
+nlohmann::ordered_json Mfib::routeJson(const Route& route) {
+  nlohmann::ordered_json gates = nlohmann::ordered_json::array();
+  for (const auto& [intfId, gate] : route.gates) {
+    gates.push_back({{"intfId", std::to_string(intfId)}, {"gate", gate}});
   }
+  return {{"iif", std::to_string(route.iif)},
+          {"gates", std::move(gates)},
+          {"fastdrop", route.fastdrop},
+          {"iifRegister", route.iifRegister},
+          {"oifRegister", route.oifRegister}};
+}
+
+std::optional<nlohmann::ordered_json> Mfib::routeDump(const std::string& key) const {
+  auto it = routes_.find(key);
+  if (it == routes_.end()) return std::nullopt;
+  return routeJson(it->second);
+}
+
+nlohmann::ordered_json Mfib::dump() const {
+  // The routes are in key order already: they go in at the end, as a search for each key
+  // of an ordered object would make the dump quadratic.
+  nlohmann::ordered_json routes = nlohmann::ordered_json::object();
+  auto& entries = static_cast<nlohmann::ordered_json::object_t::Container&>(
+      routes.get_ref<nlohmann::ordered_json::object_t&>());
+  entries.reserve(routes_.size());
+  for (const auto& [key, route] : routes_) entries.emplace_back(key, routeJson(route));
   nlohmann::ordered_json intfs = nlohmann::ordered_json::array();
   for (std::uint64_t intfId : multicastIntfs_) intfs.push_back(std::to_string(intfId));
   nlohmann::ordered_json tasks = nlohmann::ordered_json::object();

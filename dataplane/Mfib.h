@@ -26,6 +26,10 @@ class Mfib final : public TableWithCommands<Mfib> {
 
   nlohmann::ordered_json dump() const override;
   std::vector<std::string> taskNames() const override;
+  // One route as the dump shows it, by its key "<source>,<group>", and the number of
+  // routes: what a look at one route needs, without the whole table.
+  std::optional<nlohmann::ordered_json> routeDump(const std::string& key) const;
+  std::size_t routeCount() const noexcept { return routes_.size(); }
 
   CommandResult addMroute(const vek::pb::MfibRouteArg& arg);
   CommandResult deleteMroute(const vek::pb::MfibRouteArg& arg);
@@ -54,6 +58,7 @@ class Mfib final : public TableWithCommands<Mfib> {
     std::uint32_t fusetid = 0;
   };
 
+  static nlohmann::ordered_json routeJson(const Route& route);
   // "<source>,<group>", with "*" for no source; nullopt for a malformed address.
   static std::optional<std::string> routeKey(const vek::pb::MfibRouteArg& arg);
   // The task of that name, registered now if it is new; a module asking again keeps its ids.

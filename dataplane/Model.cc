@@ -67,6 +67,12 @@ void Model::failNextForTest(std::string module, std::string cmd, std::int32_t co
   failNext_.push_back(FailRule{std::move(module), std::move(cmd), code, std::move(msg)});
 }
 
+std::vector<std::pair<std::string, std::string>> Model::failNextWaitingForTest() const {
+  std::vector<std::pair<std::string, std::string>> waiting;
+  for (const FailRule& rule : failNext_) waiting.emplace_back(rule.module, rule.cmd);
+  return waiting;
+}
+
 bool Model::failNextMatches(std::string_view module, std::string_view cmd, CommandResult& result) {
   auto it = std::find_if(failNext_.begin(), failNext_.end(), [&](const FailRule& rule) {
     return rule.module == module && rule.cmd == cmd;

@@ -32,6 +32,8 @@ class Model final : public Vek::ChannelBackend {
   // The next module or port command `cmd` for `module` fails with this code and message
   // and is not applied. Several may wait; each is used once.
   void failNextForTest(std::string module, std::string cmd, std::int32_t code, std::string msg);
+  // The failures still waiting for their command, as module and command, oldest first.
+  std::vector<std::pair<std::string, std::string>> failNextWaitingForTest() const;
 
   // Everything the daemon holds, as JSON.
   nlohmann::ordered_json dump() const;

@@ -49,20 +49,18 @@ uint64_t ExpectationChecker::idOf(const std::string& name) const {
 }
 
 std::optional<std::string> ExpectationChecker::operator()(const RouteExpectation& expectation) {
-  const nlohmann::json dump = driver_.dump();
   const std::string moduleName = DumpLayout::fibModuleName(expectation.vrfAf);
-  const nlohmann::json* module = DumpLayout::module(dump, moduleName);
-  const nlohmann::json* route = module ? DumpLayout::route(*module, expectation.key) : nullptr;
+  const ScenarioDriver::FibRoute fib = driver_.fibRoute(moduleName, expectation.key);
+  const std::optional<nlohmann::json>& route = fib.route;
   const std::string subject = routeSubject(expectation);
   if (expectation.absent) {
     if (!route) return std::nullopt;
     return fmt::format("{}: expected absent, but {} holds it: {}", subject, moduleName,
                        JsonMatch::brief(*route));
   }
-  if (!module) return fmt::format("{}: there is no module {}", subject, moduleName);
+  if (!fib.moduleExists) return fmt::format("{}: there is no module {}", subject, moduleName);
   if (!route) {
-    return fmt::format("{}: not in {} (it holds {} routes)", subject, moduleName,
-                       DumpLayout::routeCount(*module));
+    return fmt::format("{}: not in {} (it holds {} routes)", subject, moduleName, fib.routeCount);
   }
   if (auto difference = compareRoute(expectation, *route)) {
     return subject + ": " + *difference;

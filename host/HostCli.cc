@@ -3,9 +3,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <tuple>
+#include <utility>
 
+#include "host/AgentAssertion.h"
 #include "host/DaemonChoice.h"
 #include "host/IsolatedRun.h"
+#include "host/OutputPaths.h"
 #include "host/ScenarioLoader.h"
 #include "host/ScenarioRunner.h"
 
@@ -14,32 +19,86 @@ namespace VekHost {
 namespace {
 
 constexpr int kBadInput = 2;
+constexpr int kAgentAssertion = 3;
+// Seconds a checked scenario may take; the longest of ours takes a few.
+constexpr double kDefaultTimeLimit = 60;
+
+#ifdef VEK_VERSION
+constexpr const char* kVersion = VEK_VERSION;
+#else
+constexpr const char* kVersion = "(version unknown)";
+#endif
+
+constexpr const char* kFooter = R"(Exit status:
+  0  every step ran and every expectation held
+  1  an expectation failed, or a run could not end as it must (a task that made no
+     progress, a failNext that never fired, a check past its time limit)
+  2  bad input: a mistake in a file (file:line: what), an output that cannot be written,
+     an agent that cannot be loaded
+  3  the agent failed one of its assertions
+
+Environment:
+  VEK_PLUGIN  the agent library to load (default: the one this build made)
+
+Scenario files and every option: docs/scenario.md)";
 
 }  // namespace
 
 int HostCli::main(int argc, const char* const* argv) {
   CLI::App app{"mfa-host: hosts the multicast agent over a model of the data plane"};
   app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("mfa-host ") + kVersion);
+  app.footer(kFooter);
   std::string scenario;
   OutputFiles files;
   auto* runVerb = app.add_subcommand("run", "Run a scenario and report what the data plane holds");
-  runVerb->add_option("SCENARIO", scenario, "Scenario file")->required();
-  runVerb->add_option("--log", files.log, "Write the command log (JSON Lines) to FILE");
-  runVerb->add_option("--dump", files.dump, "Write the model dump (JSON) to FILE");
-  runVerb->add_option("--dot", files.dot, "Write the data plane as DOT to FILE");
-  runVerb->add_option("--trace", files.trace, "Write the trace records to FILE");
+  runVerb->add_option("SCENARIO", scenario, "Scenario file, - for standard input")
+      ->required()
+      ->type_name("FILE");
+  for (auto [option, file, what] : {std::tuple{"--log", &files.log, "the command log (JSON Lines)"},
+                                    std::tuple{"--dump", &files.dump, "the model dump (JSON)"},
+                                    std::tuple{"--dot", &files.dot, "the data plane as DOT"},
+                                    std::tuple{"--trace", &files.trace, "the trace records"}}) {
+    runVerb->add_option(option, *file, std::string("Write ") + what + " to FILE")
+        ->type_name("FILE");
+  }
   std::string daemon;
   constexpr const char* daemonHelp =
       "Program a daemon process instead of the in-process model: unix:PATH, tcp:PORT, or "
       "spawn (one of the run's own)";
-  runVerb->add_option("--daemon", daemon, daemonHelp);
+  runVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
   std::vector<std::string> scenarios;
   auto* checkVerb = app.add_subcommand("check", "Run each scenario and judge its expect steps");
-  checkVerb->add_option("SCENARIO", scenarios, "Scenario files")->required();
-  checkVerb->add_option("--daemon", daemon, daemonHelp);
+  checkVerb->add_option("SCENARIO", scenarios, "Scenario files, - for standard input")
+      ->required()
+      ->type_name("FILE");
+  double timeLimit = kDefaultTimeLimit;
+  checkVerb
+      ->add_option("--time-limit", timeLimit,
+                   "Stop a scenario that runs longer than SECONDS and fail it (0: no limit)")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("SECONDS")
+      ->capture_default_str();
+  checkVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
   std::vector<std::string> names;
   auto* intfVerb = app.add_subcommand("intf-id", "Print the 64-bit id of each interface name");
-  intfVerb->add_option("NAME", names, "Interface names")->required();
+  intfVerb->add_option("NAME", names, "Interface names")->required()->type_name("NAME");
+  // A first word that is neither a verb nor an option is a verb mistyped: say so, not that
+  // an argument was not expected.
+  const auto isVerb = [&app](const std::string& word) {
+    for (const CLI::App* verb :
+         std::as_const(app).get_subcommands([](const CLI::App*) { return true; })) {
+      if (verb->check_name(word)) return true;
+    }
+    return false;
+  };
+  if (argc > 1 && argv[1][0] != '-' && !isVerb(argv[1])) {
+    err_ << fmt::format(
+        "mfa-host: unknown verb '{}' (the verbs are run, check and intf-id; "
+        "see mfa-host --help)\n",
+        argv[1]);
+    return kBadInput;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -48,20 +107,30 @@ int HostCli::main(int argc, const char* const* argv) {
   }
   DaemonChoice::is(daemon);
   if (runVerb->parsed()) return run(scenario, files);
-  if (checkVerb->parsed()) return check(scenarios);
+  if (checkVerb->parsed()) return check(scenarios, timeLimit);
   return intfIds(names);
 }
 
 bool HostCli::haveDriver() {
-  if (services_.driverFactory) return true;
-  err_ << "mfa-host: this build has no agent to run scenarios with\n";
-  return false;
+  if (!services_.driverFactory) {
+    err_ << "mfa-host: this build has no agent to run scenarios with\n";
+    return false;
+  }
+  if (!services_.loadAgent) return true;
+  try {
+    services_.loadAgent();
+    return true;
+  } catch (const std::exception& error) {
+    err_ << "mfa-host: " << error.what() << '\n';
+    return false;
+  }
 }
 
 std::optional<Scenario> HostCli::load(const std::string& file,
                                       std::vector<std::string>* errors) const {
   ScenarioLoader loader(LoaderOptions{services_.intfId, services_.isRouteApp});
   LoadResult loaded = loader.load(file);
+  for (const std::string& warning : loaded.warnings) err_ << warning << '\n';
   *errors = std::move(loaded.errors);
   return std::move(loaded.scenario);
 }
@@ -73,11 +142,25 @@ RunResult HostCli::runScenario(const Scenario& scenario) const {
 
 int HostCli::run(const std::string& file, const OutputFiles& files) {
   if (!haveDriver()) return kBadInput;
+  const std::vector<std::string> unusable = OutputPaths::check(files, file);
+  for (const std::string& problem : unusable) err_ << "mfa-host: " << problem << '\n';
+  if (!unusable.empty()) return kBadInput;
   std::vector<std::string> errors;
   std::optional<Scenario> scenario = load(file, &errors);
   for (const std::string& error : errors) err_ << error << '\n';
   if (!scenario) return kBadInput;
   std::unique_ptr<ScenarioDriver> driver = services_.driverFactory();
+  // The run stops at an assertion of the agent: one line on the terminal, and the trace so
+  // far where the trace was asked for.
+  AgentAssertion assertion([&](const std::string& line) {
+    OutputFiles traceOnly;
+    traceOnly.trace = files.trace;
+    if (!traceOnly.trace.empty()) RunOutputs::write(*driver, traceOnly);
+    err_ << line << '\n';
+    err_.flush();
+    out_.flush();
+    std::_Exit(kAgentAssertion);
+  });
   RunResult result = ScenarioRunner(*driver, services_.intfId).run(*scenario);
   for (const std::string& message : result.messages) err_ << message << '\n';
   std::vector<std::string> problems = RunOutputs::write(*driver, files);
@@ -89,7 +172,7 @@ int HostCli::run(const std::string& file, const OutputFiles& files) {
   return result.exitCode();
 }
 
-int HostCli::check(const std::vector<std::string>& files) {
+int HostCli::check(const std::vector<std::string>& files, double timeLimit) {
   if (!haveDriver()) return kBadInput;
   int worst = 0;
   for (const std::string& file : files) {
@@ -100,7 +183,8 @@ int HostCli::check(const std::vector<std::string>& files) {
       result.status = RunResult::Status::badInput;
       result.messages = errors;
     } else if (services_.isolateChecks) {
-      result = runIsolated(file, [&] { return runScenario(*scenario); });
+      result = runIsolated(
+          file, [&] { return runScenario(*scenario); }, timeLimit);
     } else {
       result = runScenario(*scenario);
     }
@@ -123,11 +207,12 @@ int HostCli::intfIds(const std::vector<std::string>& names) {
     return kBadInput;
   }
   int status = 0;
+  // One line out per name in, so that the answers stay beside their questions.
   for (const std::string& name : names) {
     if (auto id = services_.intfId(name)) {
       out_ << *id << '\n';
     } else {
-      err_ << "mfa-host: '" << name << "' is not an interface name\n";
+      out_ << "error: '" << name << "' is not an interface name\n";
       status = kBadInput;
     }
   }

@@ -12,7 +12,8 @@
 namespace VekHost {
 
 // The verbs of mfa-host: run, check and intf-id. Exit status 0 success, 1 an expectation
-// failed, 2 bad input (or nothing to run the scenario with).
+// failed or a run could not end as it must, 2 bad input (or nothing to run the scenario
+// with), 3 the agent failed one of its assertions.
 class HostCli {
  public:
   HostCli(HostServices services, std::ostream& out, std::ostream& err)
@@ -22,7 +23,7 @@ class HostCli {
 
  private:
   int run(const std::string& file, const OutputFiles& files);
-  int check(const std::vector<std::string>& files);
+  int check(const std::vector<std::string>& files, double timeLimit);
   int intfIds(const std::vector<std::string>& names);
   bool haveDriver();
   std::optional<Scenario> load(const std::string& file, std::vector<std::string>* errors) const;

@@ -16,6 +16,8 @@ using DriverFactory = std::function<std::unique_ptr<ScenarioDriver>()>;
 // loader checks interface names by their form only.
 struct HostServices {
   DriverFactory driverFactory;  // one new driver per scenario run
+  // Loads the agent before anything runs; throws std::exception saying why it cannot.
+  std::function<void()> loadAgent;
   IntfIdEncoder intfId;
   std::function<bool(std::string_view app)> isRouteApp;
   // `check` runs each scenario in a child process; the agent keeps process-wide state.

@@ -1,9 +1,14 @@
 #include "host/IsolatedRun.h"
 
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -11,6 +16,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "host/AgentAssertion.h"
 
 namespace VekHost {
 
@@ -34,7 +41,9 @@ std::optional<RunResult> decode(const std::string& text) {
   if (fields.size() < 3) return std::nullopt;
   RunResult result;
   const int status = std::atoi(fields[0].c_str());
-  if (status < 0 || status > 2) return std::nullopt;
+  if (status < 0 || status > static_cast<int>(RunResult::Status::agentAssertion)) {
+    return std::nullopt;
+  }
   result.status = static_cast<RunResult::Status>(status);
   result.stepsRun = std::atoi(fields[1].c_str());
   result.expectationsPassed = std::atoi(fields[2].c_str());
@@ -50,6 +59,35 @@ void writeAll(int fd, const std::string& text) {
   }
 }
 
+using Clock = std::chrono::steady_clock;
+
+std::optional<Clock::time_point> deadlineAfter(double seconds) {
+  if (seconds <= 0) return std::nullopt;
+  return Clock::now() +
+         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+// Reads `fd` to its end into `text`; false if the deadline came first.
+bool readUntilClosed(int fd, std::optional<Clock::time_point> deadline, std::string& text) {
+  char buffer[4096];
+  for (;;) {
+    int wait = -1;
+    if (deadline) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now());
+      if (left.count() <= 0) return false;
+      wait = static_cast<int>(std::min<std::int64_t>(left.count(), INT32_MAX));
+    }
+    pollfd ready{fd, POLLIN, 0};
+    const int polled = ::poll(&ready, 1, wait);
+    if (polled < 0 && errno == EINTR) continue;
+    if (polled == 0) return false;
+    const ssize_t got = ::read(fd, buffer, sizeof buffer);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return true;
+    text.append(buffer, static_cast<std::size_t>(got));
+  }
+}
+
 RunResult ended(const std::string& label, const std::string& how) {
   RunResult result;
   result.status = RunResult::Status::failed;
@@ -59,7 +97,8 @@ RunResult ended(const std::string& label, const std::string& how) {
 
 }  // namespace
 
-RunResult runIsolated(const std::string& label, const std::function<RunResult()>& run) {
+RunResult runIsolated(const std::string& label, const std::function<RunResult()>& run,
+                      double timeLimit) {
   int fds[2];
   if (::pipe(fds) != 0)
     return ended(label, fmt::format("could not start: {}", std::strerror(errno)));
@@ -70,6 +109,14 @@ RunResult runIsolated(const std::string& label, const std::function<RunResult()>
   if (child < 0) return ended(label, fmt::format("could not start: {}", std::strerror(errno)));
   if (child == 0) {
     ::close(fds[0]);
+    // An assertion of the agent ends the child with its line as the result.
+    AgentAssertion assertion([fd = fds[1]](const std::string& line) {
+      RunResult failed;
+      failed.status = RunResult::Status::agentAssertion;
+      failed.messages.push_back(line);
+      writeAll(fd, encode(failed));
+      ::_exit(0);
+    });
     RunResult result;
     try {
       result = run();
@@ -83,15 +130,15 @@ RunResult runIsolated(const std::string& label, const std::function<RunResult()>
   }
   ::close(fds[1]);
   std::string text;
-  char buffer[4096];
-  for (ssize_t got; (got = ::read(fds[0], buffer, sizeof buffer)) != 0;) {
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) break;
-    text.append(buffer, static_cast<std::size_t>(got));
-  }
+  const bool inTime = readUntilClosed(fds[0], deadlineAfter(timeLimit), text);
   ::close(fds[0]);
+  if (!inTime) ::kill(child, SIGKILL);
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!inTime) {
+    return ended(label,
+                 fmt::format("took longer than its time limit of {} s and was stopped", timeLimit));
   }
   if (WIFSIGNALED(status)) {
     return ended(label, fmt::format("ended by signal {} ({})", WTERMSIG(status),

@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "dataplane/Mfib.h"
+#include "host/RunFailure.h"
+#include "runtime/dov/NoProgressException.h"
 #include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/toggle/ToggleState.h"
@@ -15,6 +18,10 @@ namespace VekHost {
 namespace {
 
 constexpr const char* bypassTxDemuxerEnv = "BYPASS_TXDEMUXER";
+
+// Runs in a row in which a task asks to run again and does no work before a settle or an
+// advance gives up on it. Far more than any task needs between two units of work.
+constexpr std::uint64_t kNoProgressRuns = 1000;
 
 std::uint8_t familyByte(Af af) {
   return static_cast<std::uint8_t>(af == Af::ipv6 ? Lanx::AddressFamily::ipv6
@@ -41,11 +48,13 @@ void PluginDriver::configure(const AgentSettings& settings) {
   }
   scheduler_ = Dov::TaskScheduler::makeSimulation(static_cast<unsigned>(settings.yieldEvery));
   scheduler_->afterEachRunIs([this] { pump(); });
+  scheduler_->noProgressLimitIs(kNoProgressRuns);
   Dov::TaskSchedulerRoot::schedulerIs(scheduler_);
 
   const auto workers = static_cast<std::uint16_t>(settings.workers);
   channel_ = Lumo::makePtr<Vek::CommandChannel>();
   attachDataPlane(workers);
+  channel_->commandLog().enabledIs(commandLogKept_);
   state_ = std::make_unique<CentralStateStore>(Lanx::sharedMemManagerName);
   writer_ = std::make_unique<StateWriter>(*state_);
   const auto vekcsd = Lumo::makePtr<Vek::VekCommonSmData>(workers);
@@ -102,12 +111,20 @@ void PluginDriver::stop(const VrfAf& vrfAf) {
 }
 
 void PluginDriver::settle() {
-  scheduler_->settle();
-  pump();
+  runScheduler([this] { scheduler_->settle(); });
 }
 
 void PluginDriver::advance(double seconds) {
-  scheduler_->advance(seconds);
+  runScheduler([this, seconds] { scheduler_->advance(seconds); });
+}
+
+void PluginDriver::runScheduler(const std::function<void()>& run) {
+  try {
+    run();
+  } catch (const Dov::NoProgressException& error) {
+    pump();
+    throw RunFailure(error.what());
+  }
   pump();
 }
 
@@ -121,6 +138,18 @@ void PluginDriver::restart() {
 void PluginDriver::failNext(const FailNextStep& failure) {
   if (daemon_) return daemon_->failNext(failure);
   model_->failNextForTest(failure.module, failure.cmd, failure.code, failure.msg);
+}
+
+std::vector<std::pair<std::string, std::string>> PluginDriver::failuresWaiting() {
+  // A daemon process does not say which of its failures wait.
+  if (daemon_) return {};
+  pump();
+  return model_->failNextWaitingForTest();
+}
+
+void PluginDriver::commandLogIs(bool kept) {
+  commandLogKept_ = kept;
+  if (channel_) channel_->commandLog().enabledIs(kept);
 }
 
 void PluginDriver::pump() {
@@ -143,6 +172,46 @@ nlohmann::json PluginDriver::dump() {
   if (daemon_) return daemon_->dump();
   // The model keeps its keys in the order it writes them; the checks read any order.
   return nlohmann::json::parse(model_->dump().dump());
+}
+
+ScenarioDriver::FibRoute PluginDriver::fibRoute(const std::string& module, const RouteKey& key) {
+  if (daemon_) return ScenarioDriver::fibRoute(module, key);
+  pump();
+  FibRoute answer;
+  const Dataplane::DaemonModule* fib = model_->module(module);
+  if (!fib) return answer;
+  answer.moduleExists = true;
+  const auto* table = dynamic_cast<const Dataplane::Mfib*>(fib->table.get());
+  if (!table) return answer;
+  answer.routeCount = table->routeCount();
+  if (auto route = table->routeDump(key.text())) {
+    answer.route = nlohmann::json::parse(route->dump());
+  }
+  return answer;
+}
+
+ScenarioDriver::Counts PluginDriver::counts() {
+  if (daemon_) return ScenarioDriver::counts();
+  pump();
+  Counts counts;
+  counts.modules = model_->modules().size();
+  counts.ports = model_->ports().size();
+  counts.trafficClasses = model_->trafficClasses().size();
+  counts.errors = model_->errors().size();
+  counts.workersResumed = model_->workersResumed();
+  for (const auto& [name, module] : model_->modules()) {
+    counts.links += module.out.size();
+    if (const auto* fib = dynamic_cast<const Dataplane::Mfib*>(module.table.get())) {
+      counts.fibRoutes.emplace_back(name, fib->routeCount());
+    }
+  }
+  for (const auto& entry : channel_->commandLog().entries()) {
+    auto kind = entry.find("kind");
+    ++counts.commandsByKind[kind != entry.end() && kind->is_string() ? kind->get<std::string>()
+                                                                     : "?"];
+    ++counts.commands;
+  }
+  return counts;
 }
 
 std::string PluginDriver::dot() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -36,8 +37,15 @@ class PluginDriver : public ScenarioDriver {
   void restart() override;
   void failNext(const FailNextStep& failure) override;
   void daemon(DaemonStep::Kind kind) override;
+  std::vector<std::pair<std::string, std::string>> failuresWaiting() override;
+
+  // A run too large to keep a record of every command turns the log off; expectations of
+  // commands then see none.
+  void commandLogIs(bool kept);
 
   nlohmann::json dump() override;
+  FibRoute fibRoute(const std::string& module, const RouteKey& key) override;
+  Counts counts() override;
   std::string dot() override;
   std::size_t commandCount() override;
   std::vector<nlohmann::json> commandsSince(std::size_t mark) override;
@@ -48,6 +56,8 @@ class PluginDriver : public ScenarioDriver {
   void makeAgent();
   void releaseAgent();
   void call(const VrfAf& vrfAf, StartMfibSmFn entryPoint);
+  // Runs the scheduler by `run`; a task that stops making progress fails the run.
+  void runScheduler(const std::function<void()>& run);
   // Carries what is queued to the model and keeps the trace lines written meanwhile.
   void pump();
   void collectTrace();
@@ -68,6 +78,7 @@ class PluginDriver : public ScenarioDriver {
   VekL3Mcast::MfaAgent* agent_ = nullptr;
   // What the hosting agent has started, in order; a restart starts it again.
   std::vector<VrfAf> started_;
+  bool commandLogKept_ = true;
   std::uint64_t traceMark_ = 0;
   MarkedLog<std::string> trace_;
 };

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "host/PluginDriver.h"
+#include "host/PluginLibrary.h"
 #include "runtime/state/IntfId.h"
 #include "runtime/state/MfibAppType.h"
 
@@ -13,6 +14,7 @@ namespace VekHost {
 HostServices pluginServices() {
   HostServices services;
   services.driverFactory = [] { return std::make_unique<PluginDriver>(); };
+  services.loadAgent = [] { PluginLibrary::instance(); };
   services.intfId = [](std::string_view name) -> std::optional<uint64_t> {
     auto id = Lanx::IntfId::fromName(name);
     if (!id) return std::nullopt;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <functional>
 
@@ -41,6 +43,16 @@ std::string cannotWrite(const Output& output, const std::string& name) {
   return fmt::format("cannot write the {} to {}", output.title, name);
 }
 
+// Writes one output; the reason it could not, or an empty text.
+std::string writeOne(ScenarioDriver& driver, const Output& output, const std::string& name) {
+  errno = 0;
+  std::ofstream out(name, std::ios::trunc);
+  if (out) output.write(driver, out);
+  if (out) out.close();
+  if (out) return {};
+  return errno ? std::strerror(errno) : "the write failed";
+}
+
 }  // namespace
 
 std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputFiles& files) {
@@ -48,45 +60,41 @@ std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputF
   for (const Output& output : outputs()) {
     const std::string& name = files.*output.file;
     if (name.empty()) continue;
-    std::ofstream out(name, std::ios::trunc);
-    if (out) output.write(driver, out);
-    if (!out) problems.push_back(cannotWrite(output, name));
+    const std::string reason = writeOne(driver, output, name);
+    if (!reason.empty()) problems.push_back(cannotWrite(output, name) + ": " + reason);
   }
   return problems;
 }
 
 std::string RunOutputs::summary(ScenarioDriver& driver, const OutputFiles& files,
                                 const std::vector<std::string>& problems) {
-  const nlohmann::json dump = driver.dump();
+  const ScenarioDriver::Counts counts = driver.counts();
   std::string text =
-      fmt::format("modules {}, ports {}, links {}, traffic classes {}, errors {}\n",
-                  DumpLayout::count(dump, "modules"), DumpLayout::count(dump, "ports"),
-                  DumpLayout::links(dump).size(), DumpLayout::count(dump, "trafficClasses"),
-                  DumpLayout::count(dump, "errors"));
+      fmt::format("modules {}, ports {}, links {}, traffic classes {}, errors {}\n", counts.modules,
+                  counts.ports, counts.links, counts.trafficClasses, counts.errors);
   // What each FIB module holds: the end of the road of the routes.
   std::string routes;
   std::size_t routeTotal = 0;
-  if (dump.contains("modules") && dump["modules"].is_object()) {
-    for (const auto& [name, module] : dump["modules"].items()) {
-      if (!module.contains("table") || !module["table"].contains("routes")) continue;
-      const std::size_t count = DumpLayout::routeCount(module);
-      routeTotal += count;
-      routes += fmt::format("{}{} {}", routes.empty() ? "" : ", ", name, count);
-    }
+  for (const auto& [name, count] : counts.fibRoutes) {
+    routeTotal += count;
+    routes += fmt::format("{}{} {}", routes.empty() ? "" : ", ", name, count);
   }
   if (!routes.empty()) text += fmt::format("routes {}: {}\n", routeTotal, routes);
-  if (auto resumed = DumpLayout::workersResumed(dump)) {
-    text += *resumed ? "daemon workers resumed\n" : "daemon workers paused\n";
+  if (counts.workersResumed) {
+    text += *counts.workersResumed ? "daemon workers resumed\n" : "daemon workers paused\n";
   }
-  const std::vector<nlohmann::json> commands = driver.commandsSince(0);
-  text += fmt::format("commands {}{}{}\n", commands.size(), commands.empty() ? "" : ": ",
-                      commandsByKind(commands));
+  text += fmt::format("commands {}{}{}\n", counts.commands, counts.commands ? ": " : "",
+                      commandsByKind(counts.commandsByKind));
   for (const Output& output : outputs()) {
     const std::string& name = files.*output.file;
     if (name.empty()) continue;
-    const bool failed =
-        std::find(problems.begin(), problems.end(), cannotWrite(output, name)) != problems.end();
-    text += fmt::format("{}: {}{}\n", output.title, name, failed ? " (not written)" : "");
+    const std::string failure = cannotWrite(output, name) + ": ";
+    auto failed = std::find_if(problems.begin(), problems.end(), [&](const std::string& problem) {
+      return problem.rfind(failure, 0) == 0;
+    });
+    text += fmt::format(
+        "{}: {}{}\n", output.title, name,
+        failed == problems.end() ? "" : " (not written: " + failed->substr(failure.size()) + ")");
   }
   return text;
 }

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/AgentSettings.h"
@@ -39,9 +42,35 @@ class ScenarioDriver {
   virtual void failNext(const FailNextStep& failure) = 0;
   // Kills or starts the daemon process of the run; a driver without one refuses.
   virtual void daemon(DaemonStep::Kind kind);
+  // The failures of failNext whose command has not come yet, as module and command, in the
+  // order they were asked for. A driver whose data plane never refuses has none.
+  virtual std::vector<std::pair<std::string, std::string>> failuresWaiting() { return {}; }
 
   // The model dump: modules, ports, traffic classes, errors.
   virtual nlohmann::json dump() = 0;
+
+  // What a route expectation looks at: a FIB module and one of its routes.
+  struct FibRoute {
+    bool moduleExists = false;
+    std::size_t routeCount = 0;
+    std::optional<nlohmann::json> route;  // as the dump shows it
+  };
+  // What the run's summary tells of the data plane.
+  struct Counts {
+    std::size_t modules = 0;
+    std::size_t ports = 0;
+    std::size_t links = 0;
+    std::size_t trafficClasses = 0;
+    std::size_t errors = 0;
+    std::optional<bool> workersResumed;
+    std::vector<std::pair<std::string, std::size_t>> fibRoutes;  // FIB module, route count
+    std::map<std::string, std::size_t> commandsByKind;
+    std::size_t commands = 0;
+  };
+  // Both come from the dump and the command log unless a driver can answer them at a cost
+  // that does not grow with the size of the data plane.
+  virtual FibRoute fibRoute(const std::string& module, const RouteKey& key);
+  virtual Counts counts();
   // The data plane as DOT text.
   virtual std::string dot() = 0;
   // Command-log records are numbered from 0 in channel order; a mark is a count of them.

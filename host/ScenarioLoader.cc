@@ -1,12 +1,20 @@
 #include "host/ScenarioLoader.h"
 
+#include <fmt/format.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 
 #include "host/DaemonSteps.h"
 #include "host/ExpectationReader.h"
+#include "host/VrfIdCheck.h"
 #include "host/YamlReader.h"
+#include "host/YamlText.h"
 
 namespace VekHost {
 
@@ -18,6 +26,35 @@ const std::vector<std::string_view> kVerbs = {
 
 std::string located(const std::string& file, int line, const std::string& message) {
   return file + ":" + std::to_string(line) + ": " + message;
+}
+
+// Mistakes reported of one file; past them a file is more likely not a scenario at all.
+constexpr std::size_t kMostErrors = 20;
+
+// How messages name a scenario read from standard input.
+const char* const kStandardInput = "(standard input)";
+
+const char* const kOneDocument =
+    "a scenario is one YAML document; a second one begins here (after '---')";
+
+// The line of the marker that opens the second document.
+int secondDocumentLine(std::string_view text) {
+  int line = 1;
+  int markers = 0;
+  bool content = false;
+  for (std::size_t at = 0; at < text.size(); ++line) {
+    const std::size_t end = std::min(text.find('\n', at), text.size());
+    const std::string_view row = text.substr(at, end - at);
+    if (row.starts_with("---")) {
+      // A marker before any content opens the first document; any other opens the next.
+      if (content || markers > 0) return line;
+      ++markers;
+    } else if (!row.empty() && row.front() != '#' && row.find_first_not_of(" \t\r") != row.npos) {
+      content = true;
+    }
+    at = end + 1;
+  }
+  return line - 1;
 }
 
 void requireNull(const YAML::Node& value, std::string_view verb) {
@@ -38,10 +75,22 @@ const std::vector<std::string_view>& ScenarioLoader::toggleNames() {
 }
 
 LoadResult ScenarioLoader::load(const std::string& file) const {
+  if (file == "-") {
+    std::stringstream text;
+    text << std::cin.rdbuf();
+    return loadText(text.str(), kStandardInput);
+  }
+  auto refused = [&](const std::string& why) {
+    return LoadResult{std::nullopt, {file + ": cannot read the scenario: " + why}, {}};
+  };
+  struct stat info {};
+  if (::stat(file.c_str(), &info) != 0) return refused(std::strerror(errno));
+  if (S_ISDIR(info.st_mode)) return refused("it is a folder");
   std::ifstream in(file);
-  if (!in) return LoadResult{std::nullopt, {file + ": cannot read the file"}};
+  if (!in) return refused(std::strerror(errno));
   std::stringstream text;
   text << in.rdbuf();
+  if (in.bad()) return refused(std::strerror(errno));
   return loadText(text.str(), file);
 }
 
@@ -49,18 +98,39 @@ LoadResult ScenarioLoader::loadText(std::string_view text, const std::string& fi
   Scenario scenario;
   scenario.file = file;
   std::vector<LoadError> errors;
+  std::vector<LoadError> warnings;
   try {
-    readDocument(YAML::Load(std::string(text)), scenario, errors);
+    if (auto notText = YamlText::notText(text)) throw *notText;
+    const RouteLists routeLists(text);
+    const std::vector<YAML::Node> documents = YAML::LoadAll(routeLists.skeleton());
+    if (documents.size() > 1) throw LoadError(secondDocumentLine(text), kOneDocument);
+    struct Reading {
+      const StateReader& state;
+      ~Reading() { state.routeListsIs(nullptr); }
+    } reading{state_};
+    state_.routeListsIs(&routeLists);
+    readDocument(documents.empty() ? YAML::Node() : documents.front(), scenario, errors);
+    if (errors.empty()) warnings = VrfIdCheck::check(scenario, errors);
   } catch (const YAML::Exception& error) {
-    errors.emplace_back(error.mark.line + 1, error.msg);
+    errors.push_back(YamlText::explain(error, text));
   } catch (const LoadError& error) {
     errors.push_back(error);
   }
   LoadResult result;
-  std::stable_sort(errors.begin(), errors.end(),
-                   [](const LoadError& a, const LoadError& b) { return a.line() < b.line(); });
-  for (const LoadError& error : errors)
-    result.errors.push_back(located(file, error.line(), error.what()));
+  for (auto* list : {&errors, &warnings}) {
+    std::stable_sort(list->begin(), list->end(),
+                     [](const LoadError& a, const LoadError& b) { return a.line() < b.line(); });
+  }
+  for (std::size_t i = 0; i < errors.size() && i < kMostErrors; ++i) {
+    result.errors.push_back(located(file, errors[i].line(), errors[i].what()));
+  }
+  if (errors.size() > kMostErrors) {
+    result.errors.push_back(fmt::format("{}: and {} more", file, errors.size() - kMostErrors));
+  }
+  for (const LoadError& warning : warnings) {
+    result.warnings.push_back(
+        located(file, warning.line(), std::string("warning: ") + warning.what()));
+  }
   if (errors.empty()) result.scenario = std::move(scenario);
   return result;
 }
@@ -145,10 +215,17 @@ StepAction ScenarioLoader::step(const YAML::Node& node, std::vector<LoadError>& 
 
 StepAction ScenarioLoader::stepWithValue(std::string_view verb, const YAML::Node& value,
                                          std::vector<LoadError>& errors) const {
-  if (verb == "start" || verb == "stop") {
+  if (verb == "start") {
+    YamlReader::requireMapWithKeys(value, verb, {"vrf", "af", "unknownId"});
+    StartStep start{values_.vrfAf(value)};
+    if (YamlReader::has(value, "unknownId")) {
+      start.unknownId = YamlReader::boolean(value["unknownId"], "unknownId");
+    }
+    return start;
+  }
+  if (verb == "stop") {
     YamlReader::requireMapWithKeys(value, verb, {"vrf", "af"});
-    VrfAf vrfAf = values_.vrfAf(value);
-    return verb == "start" ? StepAction{StartStep{vrfAf}} : StepAction{StopStep{vrfAf}};
+    return StopStep{values_.vrfAf(value)};
   }
   if (verb == "settle" || verb == "restart") {
     requireNull(value, verb);

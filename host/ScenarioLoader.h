@@ -18,6 +18,8 @@ namespace VekHost {
 struct LoadResult {
   std::optional<Scenario> scenario;  // present only when nothing is wrong
   std::vector<std::string> errors;   // "file:line: message", in file order
+  // "file:line: warning: message": most likely mistakes that do not stop the run.
+  std::vector<std::string> warnings;
 };
 
 // Reads and checks a whole scenario file before any of it is applied, so a run never stops

@@ -1,8 +1,13 @@
 #include "host/ScenarioRunner.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <map>
+
+#include "host/AgentAssertion.h"
 #include "host/ExpectationChecker.h"
+#include "host/RunFailure.h"
 
 namespace VekHost {
 
@@ -33,6 +38,7 @@ void ScenarioRunner::apply(const StepAction& action) {
 
 RunResult ScenarioRunner::run(const Scenario& scenario) {
   RunResult result;
+  AgentAssertion::positionIs(scenario.file + ": setting up the agent");
   try {
     driver_.configure(scenario.agent);
     driver_.applyState(scenario.state, StateOp::set);
@@ -47,6 +53,7 @@ RunResult ScenarioRunner::run(const Scenario& scenario) {
   bool afterExpect = false;
   for (const Step& step : scenario.steps) {
     const auto* expect = std::get_if<ExpectStep>(&step.action);
+    AgentAssertion::positionIs(where(scenario, step));
     try {
       if (!expect) {
         if (afterExpect) window = {driver_.commandCount(), driver_.traceCount()};
@@ -62,6 +69,10 @@ RunResult ScenarioRunner::run(const Scenario& scenario) {
         }
         ++result.expectationsPassed;
       }
+    } catch (const RunFailure& error) {
+      result.status = RunResult::Status::failed;
+      result.messages.push_back(where(scenario, step) + " stopped: " + error.what());
+      return result;
     } catch (const CannotCheck& error) {
       result.status = RunResult::Status::badInput;
       result.messages.push_back(where(scenario, step) + ": " + error.what());
@@ -73,7 +84,34 @@ RunResult ScenarioRunner::run(const Scenario& scenario) {
     }
     ++result.stepsRun;
   }
+  AgentAssertion::positionIs(scenario.file + ": after the last step");
+  if (auto never = failuresNeverFired(scenario)) {
+    result.status = RunResult::Status::failed;
+    result.messages.push_back(*never);
+  }
   return result;
+}
+
+std::optional<std::string> ScenarioRunner::failuresNeverFired(const Scenario& scenario) {
+  // The data plane takes the oldest waiting failure of a module and command first, so the
+  // ones left are the latest steps that named them.
+  std::map<std::pair<std::string, std::string>, int> left;
+  for (auto& waiting : driver_.failuresWaiting()) ++left[waiting];
+  std::vector<std::string> steps;
+  for (auto step = scenario.steps.rbegin(); step != scenario.steps.rend(); ++step) {
+    const auto* failure = std::get_if<FailNextStep>(&step->action);
+    if (!failure) continue;
+    auto it = left.find({failure->module, failure->cmd});
+    if (it == left.end() || it->second == 0) continue;
+    --it->second;
+    steps.insert(steps.begin(), fmt::format("step {} (line {}): {} {}", step->index, step->line,
+                                            failure->module, failure->cmd));
+  }
+  if (steps.empty()) return std::nullopt;
+  return fmt::format(
+      "{}: a failNext never fired, as no such command came by the end of the "
+      "run: {}",
+      scenario.file, fmt::join(steps, "; "));
 }
 
 }  // namespace VekHost

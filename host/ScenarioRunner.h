@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "host/IntfIdEncoder.h"
 #include "host/RunResult.h"
 #include "host/Scenario.h"
@@ -20,6 +23,8 @@ class ScenarioRunner {
 
  private:
   void apply(const StepAction& action);
+  // What a run that passed must still say: the failNext steps whose command never came.
+  std::optional<std::string> failuresNeverFired(const Scenario& scenario);
 
   ScenarioDriver& driver_;
   IntfIdEncoder intfId_;

@@ -29,10 +29,11 @@ struct KernelMfibConfig {
 struct RouteTableName {
   VrfAf vrfAf;
   std::string app;
+  int line = 0;  // where the scenario names it
 };
 
 struct Mroute {
-  RouteTableName table;
+  RouteTableName table;  // its line is the route's
   RouteKey key;
   std::string iif;  // empty for none
   std::vector<std::string> oifs;

@@ -1,6 +1,8 @@
 #include "host/StateReader.h"
 
 #include <functional>
+#include <map>
+#include <tuple>
 
 #include "host/MvpnStateKeys.h"
 #include "host/ValueText.h"
@@ -181,7 +183,8 @@ void StateReader::mvpnIntfs(const YAML::Node& node, StateOp op, StateChange& cha
 }
 
 RouteTableName StateReader::table(const YAML::Node& map) const {
-  return RouteTableName{values_.vrfAf(map), values_.app(YamlReader::required(map, "app"))};
+  return RouteTableName{values_.vrfAf(map), values_.app(YamlReader::required(map, "app")),
+                        YamlReader::line(map)};
 }
 
 // A removal names the route by its key; the other fields are checked all the same.
@@ -199,7 +202,34 @@ Mroute StateReader::mroute(const YAML::Node& node) const {
 
 void StateReader::mroutes(const YAML::Node& node, StateOp, StateChange& change) const {
   YamlReader::requireList(node, "mroutes");
-  for (const YAML::Node& element : node) change.mroutes.push_back(mroute(element));
+  // One list writes a route once: a second entry for a key would silently win.
+  std::map<std::tuple<std::string, Af, std::string, std::string>, int> firstLine;
+  auto readEntries = [&](const YAML::Node& list, int linesBefore) {
+    for (const YAML::Node& element : list) {
+      Mroute route;
+      try {
+        route = mroute(element);
+      } catch (const LoadError& error) {
+        throw LoadError(error.line() + linesBefore, error.what());
+      }
+      route.table.line += linesBefore;
+      const auto [it, first] = firstLine.try_emplace(
+          {route.table.vrfAf.vrf, route.table.vrfAf.af, route.table.app, route.key.text()},
+          route.table.line);
+      if (!first) {
+        throw LoadError(route.table.line, "route " + route.key.text() + " of " + route.table.app +
+                                              " in VRF " + route.table.vrfAf.vrf +
+                                              " is given twice in this list (first on line " +
+                                              std::to_string(it->second) + ")");
+      }
+      change.mroutes.push_back(std::move(route));
+    }
+  };
+  if (const RouteLists::List* list = routeLists_ ? routeLists_->list(node) : nullptr) {
+    routeLists_->forEachSlice(*list, readEntries);
+  } else {
+    readEntries(node, 0);
+  }
 }
 
 void StateReader::tables(const YAML::Node& node, StateOp, StateChange& change) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/LoadError.h"
+#include "host/RouteLists.h"
 #include "host/StateChange.h"
 #include "host/ValueReader.h"
 
@@ -24,6 +25,10 @@ class StateReader {
             std::vector<LoadError>& errors) const;
 
   static std::vector<std::string_view> keyNames();
+
+  // Where the route lists that were cut out of the document are read from, for the time
+  // of one load; null reads every list from the document.
+  void routeListsIs(const RouteLists* lists) const { routeLists_ = lists; }
 
  private:
   using KeyReader = void (StateReader::*)(const YAML::Node&, StateOp, StateChange&) const;
@@ -58,6 +63,7 @@ class StateReader {
   Mroute mroute(const YAML::Node& node) const;
 
   const ValueReader& values_;
+  mutable const RouteLists* routeLists_ = nullptr;
 };
 
 }  // namespace VekHost

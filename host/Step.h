@@ -11,6 +11,9 @@ namespace VekHost {
 
 struct StartStep {
   VrfAf vrfAf;
+  // The start is meant to come before the VRF has an id (the agent then builds with the
+  // unknown id); without it such a start is refused when loading.
+  bool unknownId = false;
 };
 struct StopStep {
   VrfAf vrfAf;

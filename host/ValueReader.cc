@@ -1,5 +1,7 @@
 #include "host/ValueReader.h"
 
+#include <algorithm>
+
 #include "host/ValueText.h"
 #include "host/YamlReader.h"
 
@@ -25,7 +27,11 @@ std::string address(const YAML::Node& node, std::string_view what, Af af) {
 std::string ValueReader::vrf(const YAML::Node& node) const {
   std::string name = YamlReader::text(node, "vrf");
   if (!ValueText::isName(name) || name.size() > ValueText::kMaxVrfNameLength) {
-    YamlReader::fail(node, "'" + name + "' is not a VRF name (a name of at most " +
+    const bool ascii = std::all_of(name.begin(), name.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    YamlReader::fail(node, "'" + name + "' is not a VRF name (" +
+                               (ascii ? "" : "it is ASCII only: ") +
+                               "a letter, then letters, digits and /.:_-, at most " +
                                std::to_string(ValueText::kMaxVrfNameLength) + " characters)");
   }
   return name;
@@ -36,11 +42,24 @@ Af ValueReader::af(const YAML::Node& node) const {
 }
 
 std::string ValueReader::intf(const YAML::Node& node, std::string_view what) const {
-  std::string text = YamlReader::text(node, what);
+  std::string text = node.IsMap() ? tunnel(node, what) : YamlReader::text(node, what);
   const bool known = options_.intfId ? options_.intfId(text).has_value() : ValueText::isName(text);
   if (!known)
     YamlReader::fail(node, std::string(what) + " '" + text + "' is not an interface name");
   return text;
+}
+
+// The multicast tunnel towards a VTEP, {tunnel: 1, vtep: 10.0.0.9}, stands for its name,
+// McastTunnel1-10.0.0.9, so that everything after the reader deals in names alone.
+std::string ValueReader::tunnel(const YAML::Node& map, std::string_view what) const {
+  YamlReader::requireMapWithKeys(map, std::string(what) + " (a tunnel)", {"tunnel", "vtep"});
+  const int64_t type = YamlReader::integer(YamlReader::required(map, "tunnel"), "tunnel", 1, 15);
+  const YAML::Node vtepNode = YamlReader::required(map, "vtep");
+  const std::string vtepText = YamlReader::text(vtepNode, "vtep");
+  auto vtep = ValueText::address(vtepText, Af::ipv4);
+  if (!vtep) vtep = ValueText::address(vtepText, Af::ipv6);
+  if (!vtep) YamlReader::fail(vtepNode, "vtep '" + vtepText + "' is not an IPv4 or IPv6 address");
+  return "McastTunnel" + std::to_string(type) + "-" + *vtep;
 }
 
 std::vector<std::string> ValueReader::intfList(const YAML::Node& node,

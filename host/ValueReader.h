@@ -19,6 +19,8 @@ class ValueReader {
 
   std::string vrf(const YAML::Node& node) const;
   Af af(const YAML::Node& node) const;
+  // An interface name, or a multicast tunnel written {tunnel: <type>, vtep: <address>}, which
+  // comes back as its name McastTunnel<type>-<address>.
   std::string intf(const YAML::Node& node, std::string_view what) const;
   std::vector<std::string> intfList(const YAML::Node& node, std::string_view what) const;
   std::string app(const YAML::Node& node) const;
@@ -32,6 +34,8 @@ class ValueReader {
   uint32_t vrfId(const YAML::Node& node) const;
 
  private:
+  std::string tunnel(const YAML::Node& map, std::string_view what) const;
+
   LoaderOptions options_;
 };
 

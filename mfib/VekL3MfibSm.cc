@@ -360,10 +360,11 @@ void VekL3MfibSm::handleChangedRoutes() {
   // A decision only queues commands: nothing changes the set while this loop runs (the
   // iterator asserts it), so the keys worked leave together at its end, and the next run
   // starts at the first key left. A key recorded meanwhile would wait in the set's list,
-  // which the drain leaves alone, for the next run.
+  // which the drain leaves alone, for the next run. The scheduler is asked between keys,
+  // never before the first: a run always works at least one key, whatever it answers.
   ChangedRouteSet::Walk it = changedRoute_.walk();
   while (!it.done()) {
-    if (task.taskShouldYield()) break;
+    if (count > 0 && task.taskShouldYield()) break;
     const MfibVrfDirRouteKey member = it.key();
     VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), member.app());
     doUpdateRoute(member.app(), member.key());

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build needs. Safe to run again: it asks apt only
-# for what is missing.
+# Installs the Debian packages the build needs (with "demo", also those of the demo). Safe
+# to run again: it asks apt only for what is missing.
 set -euo pipefail
 
 packages=(
@@ -10,6 +10,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   iproute2
 )
+# The demo draws the data plane with graphviz; the tests do not need it.
+if [ "${1:-}" = demo ]; then packages+=(graphviz); fi
 
 missing=()
 for p in "${packages[@]}"; do

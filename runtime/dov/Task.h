@@ -24,6 +24,8 @@ class Task : public Lumo::Node, public Lumo::Publisher {
     std::uint64_t workCount = 0;
     std::uint64_t workPending = 0;
     double longestRun = 0;  // wall seconds
+    // Runs in a row that armed the task again and counted no work.
+    std::uint64_t runsWithoutProgress = 0;
   };
 
   Task(Lumo::Ptr<TaskScheduler> scheduler, TaskPriority priority, Lumo::String name);

@@ -1,7 +1,10 @@
 #include "runtime/dov/TaskScheduler.h"
 
+#include <fmt/format.h>
+
 #include <chrono>
 
+#include "runtime/dov/NoProgressException.h"
 #include "runtime/dov/RealTimePolicy.h"
 #include "runtime/dov/SimulationPolicy.h"
 #include "runtime/dov/Task.h"
@@ -124,7 +127,7 @@ void TaskScheduler::fireFirstTimer() {
   recordRun(run.elapsed(), "timer");
 }
 
-void TaskScheduler::runTask(Task& task) {
+bool TaskScheduler::runTask(Task& task) {
   // Whoever drops the last pointer during the run still leaves the task alive to its end.
   // A task that no pointer counts (one on the stack) is left alone.
   Lumo::Ptr<Task> keep(task.references() > 0 ? &task : nullptr);
@@ -135,22 +138,39 @@ void TaskScheduler::runTask(Task& task) {
     Task& task;
     ~DepthGuard() { --task.runDepth_; }
   } depth{task};
+  const std::uint64_t workBefore = task.stats_.workCount;
   task.publishChange(Task::kRun, nullptr, nullptr);
   const double seconds = run.elapsed();
   if (seconds > task.stats_.longestRun) task.stats_.longestRun = seconds;
   recordRun(seconds, task.taskName().view());
+  // A run that counted work, or did not ask for another, is not stuck.
+  if (task.armed_ && task.stats_.workCount == workBefore) {
+    ++task.stats_.runsWithoutProgress;
+  } else {
+    task.stats_.runsWithoutProgress = 0;
+  }
+  return noProgressLimit_ > 0 && task.stats_.runsWithoutProgress >= noProgressLimit_;
 }
 
 bool TaskScheduler::runOne() {
+  std::string stuck;
   if (timerDue()) {
     fireFirstTimer();
   } else if (Task* task = readyPop()) {
     ++stats_.taskRuns;
-    runTask(*task);
+    Lumo::Ptr<Task> keep(task->references() > 0 ? task : nullptr);
+    if (runTask(*task)) {
+      stuck = task->taskName().view();
+      task->stats_.runsWithoutProgress = 0;
+    }
   } else {
     return false;
   }
   if (afterEachRun_) afterEachRun_();
+  if (!stuck.empty()) {
+    throw NoProgressException(
+        fmt::format("task \"{}\" ran {} times in a row without progress", stuck, noProgressLimit_));
+  }
   return true;
 }
 

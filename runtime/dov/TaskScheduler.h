@@ -61,6 +61,11 @@ class TaskScheduler : public Lumo::Node {
   std::optional<double> nextTimerDue() const;
   void afterEachRunIs(std::function<void()> hook) { afterEachRun_ = std::move(hook); }
   const Stats& stats() const noexcept { return stats_; }
+  // A task that arms itself again this many runs in a row without counting any work
+  // (taskWorkCountInc) is stuck: the run that reaches the limit raises NoProgressException
+  // naming it, after its after-run hook. 0, the default, sets no limit.
+  void noProgressLimitIs(std::uint64_t runs) noexcept { noProgressLimit_ = runs; }
+  std::uint64_t noProgressLimit() const noexcept { return noProgressLimit_; }
 
   // Tasks and timers.
   bool shouldYield() const { return policy_->shouldYield(); }
@@ -80,7 +85,8 @@ class TaskScheduler : public Lumo::Node {
   Task* readyPop() noexcept;
   bool timerDue() const;
   void fireFirstTimer();
-  void runTask(Task& task);
+  // Gives whether the task ended the run stuck (see noProgressLimitIs).
+  bool runTask(Task& task);
   void advanceTo(double time);
   void recordRun(double seconds, std::string_view name);
 
@@ -91,6 +97,7 @@ class TaskScheduler : public Lumo::Node {
   std::set<TimerKey> timers_;
   std::uint64_t timerSequence_ = 0;
   std::function<void()> afterEachRun_;
+  std::uint64_t noProgressLimit_ = 0;
   Stats stats_;
 };
 

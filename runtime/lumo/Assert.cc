@@ -1,5 +1,6 @@
 #include "runtime/lumo/Assert.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,7 +8,25 @@
 
 namespace Lumo {
 
+namespace {
+
+std::atomic<AssertionHandler> handler{nullptr};
+// An assertion that fails inside the handler gets the default report.
+std::atomic<bool> handling{false};
+
+}  // namespace
+
+void assertionHandlerIs(AssertionHandler newHandler) noexcept { handler = newHandler; }
+
 void assertionFailed(const char* text, const char* file, int line, const char* function) noexcept {
+  if (AssertionHandler own = handler.load(); own && !handling.exchange(true)) {
+    try {
+      own(text, file, line, function);
+    } catch (...) {
+      // The process ends below all the same.
+    }
+    std::abort();
+  }
   std::fprintf(stderr, "assertion failed: %s at %s:%d in %s\n", text, file, line, function);
   Trace::fatalFlush();
   std::abort();

@@ -7,6 +7,13 @@ namespace Lumo {
 [[noreturn]] void assertionFailed(const char* text, const char* file, int line,
                                   const char* function) noexcept;
 
+// What a host does with a failed assertion in place of the default report (the text on
+// stderr, then the trace ring): it may write its own report and end the process as it
+// likes. The process is aborted if the handler returns. Null restores the default.
+using AssertionHandler = void (*)(const char* text, const char* file, int line,
+                                  const char* function);
+void assertionHandlerIs(AssertionHandler handler) noexcept;
+
 }  // namespace Lumo
 
 #define QEL_ASSERT(cond, text)                                                   \

@@ -163,7 +163,9 @@ TEST_F(OutputShapeTest, TheDrawingClustersEachVrfAndLabelsLinksWithTheirGates) {
   EXPECT_THAT(red, HasSubstr("\"any_McastHwFwd_red\""));
   EXPECT_THAT(red, HasSubstr("\"Rx_McastHwFwd_red\""));
   EXPECT_THAT(red, ::testing::Not(HasSubstr("\"TxDemuxer\""))) << "shared by every VRF";
-  EXPECT_THAT(dot, HasSubstr("\"MfibIpv4red\" [label=\"MfibIpv4red\\n26\"];"));
+  // A module by its class's name and number; a FIB with the routes it holds.
+  EXPECT_THAT(dot, HasSubstr("\"MfibIpv4red\" [label=\"MfibIpv4red\\nFIB (26)\\n1 route\"];"));
+  EXPECT_THAT(dot, HasSubstr("\"TxDemuxer\" [label=\"TxDemuxer\\ndemultiplexer (105)\"];"));
   EXPECT_THAT(dot, HasSubstr("\"MfibIpv4red\" -> \"TxDemuxer\" [label=\"4→0\"];"));
   EXPECT_THAT(dot, HasSubstr("\"any_McastHwFwd_red\" -> \"Rx_McastHwFwd_red\" [style=dashed];"));
 }

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/HostCli.h"
+#include "runtime/lumo/Assert.h"
 #include "tests/host/FakeDriver.h"
 
 namespace VekHost {
@@ -70,11 +71,34 @@ TEST_F(HostCliTest, RunWritesTheOutputsAndSummarisesTheDataPlane) {
   std::filesystem::remove_all(dir);
 }
 
-TEST_F(HostCliTest, AnOutputThatCannotBeWrittenIsNamedSoInTheSummary) {
-  const std::string nowhere = "/nonexistent-dir/dump.json";
-  EXPECT_EQ(cli({"run", data("routes.yaml"), "--dump", nowhere}), 2);
-  EXPECT_NE(err.str().find("cannot write the dump to " + nowhere), std::string::npos);
-  EXPECT_NE(out.str().find("dump: " + nowhere + " (not written)\n"), std::string::npos)
+TEST_F(HostCliTest, OutputsAreCheckedBeforeTheRunAndAFailedWriteIsReportedWithItsReason) {
+  bool made = false;
+  services.driverFactory = [&made] {
+    made = true;
+    return std::make_unique<FakeDriver>();
+  };
+  const std::string scenario = data("routes.yaml");
+  EXPECT_EQ(cli({"run", scenario, "--log", scenario, "--dot", "/tmp", "--trace", "/tmp/../tmp/t",
+                 "--dump", "/tmp/t"}),
+            2);
+  EXPECT_FALSE(made);
+  EXPECT_NE(err.str().find("--log " + scenario + ": that is the scenario file"), std::string::npos)
+      << err.str();
+  EXPECT_NE(err.str().find("--dot /tmp: it is a folder"), std::string::npos);
+  EXPECT_NE(err.str().find("--trace /tmp/../tmp/t: --dump writes that file already"),
+            std::string::npos);
+
+  err.str("");
+  EXPECT_EQ(cli({"run", scenario, "--dump", "/nonexistent-dir/dump.json"}), 2);
+  EXPECT_EQ(err.str(),
+            "mfa-host: --dump /nonexistent-dir/dump.json: the folder /nonexistent-dir cannot be "
+            "used: No such file or directory\n");
+  EXPECT_FALSE(made);
+
+  // A write that fails on the way is only known after the run.
+  EXPECT_EQ(cli({"run", scenario, "--dump", "/dev/full"}), 2);
+  EXPECT_NE(out.str().find("dump: /dev/full (not written: No space left on device)\n"),
+            std::string::npos)
       << out.str();
 }
 
@@ -90,7 +114,11 @@ TEST_F(HostCliTest, RunReportsEveryMistakeOfABadFileAndRunsNothing) {
       << err.str();
   EXPECT_FALSE(made);
   EXPECT_EQ(cli({"run", data("absent.yaml")}), 2);
-  EXPECT_NE(err.str().find("absent.yaml: cannot read the file"), std::string::npos);
+  EXPECT_NE(err.str().find("absent.yaml: cannot read the scenario: No such file or directory"),
+            std::string::npos);
+  EXPECT_EQ(cli({"run", kData.string()}), 2);
+  EXPECT_NE(err.str().find(kData.string() + ": cannot read the scenario: it is a folder"),
+            std::string::npos);
 }
 
 TEST_F(HostCliTest, CheckPrintsALinePerScenarioAndExitsWithTheWorstOutcome) {
@@ -117,13 +145,56 @@ TEST_F(HostCliTest, ACheckedScenarioThatKillsItsProcessFailsAlone) {
                            ": the run ended with exit status 3 before it finished\n");
 }
 
+// A stand-in whose start fails the agent's assertion, and whose settle never returns.
+class FaultyDriver : public FakeDriver {
+ public:
+  void start(const VrfAf&) override { QEL_ASSERT(false, "txDemuxer"); }
+  void settle() override {
+    for (volatile bool forever = true; forever;) {
+    }
+  }
+};
+
+TEST_F(HostCliTest, AnAssertionOfTheAgentIsOneLineWithItsOwnExitStatus) {
+  services.driverFactory = [] { return std::make_unique<FaultyDriver>(); };
+  EXPECT_EQ(cli({"check", data("routes.yaml")}), 3);
+  EXPECT_EQ(out.str().rfind("FAIL " + data("routes.yaml") +
+                                ": step 1 (line 11): start: the agent failed its assertion "
+                                "\"txDemuxer\" (HostCliTest.cc:",
+                            0),
+            0u)
+      << out.str();
+  // The terminal line of `run` is the outcome scenarios' to check; here its exit status.
+  EXPECT_EXIT(cli({"run", data("routes.yaml")}), ::testing::ExitedWithCode(3), "");
+}
+
+TEST_F(HostCliTest, ACheckedScenarioPastItsTimeLimitIsStoppedAndFails) {
+  services.driverFactory = [] { return std::make_unique<FaultyDriver>(); };
+  const std::string file = data("settle-only.yaml");
+  EXPECT_EQ(cli({"check", "--time-limit", "0.2", file}), 1);
+  EXPECT_EQ(out.str(), "FAIL " + file +
+                           ": the run took longer than its time limit of 0.2 s and "
+                           "was stopped\n");
+  EXPECT_EQ(cli({"check", "--time-limit", "-1", file}), 2);
+}
+
+TEST_F(HostCliTest, AnAgentThatCannotBeLoadedIsOneLineAndNothingRuns) {
+  services.loadAgent = [] { throw std::runtime_error("cannot load the agent /x: why"); };
+  EXPECT_EQ(cli({"run", data("routes.yaml")}), 2);
+  EXPECT_EQ(cli({"check", data("routes.yaml")}), 2);
+  EXPECT_EQ(err.str(),
+            "mfa-host: cannot load the agent /x: why\n"
+            "mfa-host: cannot load the agent /x: why\n");
+  EXPECT_EQ(out.str(), "");
+}
+
 TEST_F(HostCliTest, WithoutTheAgentOrItsIdsTheVerbsRefuseClearly) {
   EXPECT_EQ(cli({"intf-id", "Ethernet1", "Vlan 2", "Vlan2"}), 2);
   const auto id = [](const char* name) {
     return std::to_string(*FakeDriver::intfIdEncoder()(name));
   };
-  EXPECT_EQ(out.str(), id("Ethernet1") + "\n" + id("Vlan2") + "\n");
-  EXPECT_NE(err.str().find("'Vlan 2' is not an interface name"), std::string::npos);
+  EXPECT_EQ(out.str(),
+            id("Ethernet1") + "\nerror: 'Vlan 2' is not an interface name\n" + id("Vlan2") + "\n");
 
   services = HostServices{};
   err.str("");
@@ -132,8 +203,24 @@ TEST_F(HostCliTest, WithoutTheAgentOrItsIdsTheVerbsRefuseClearly) {
   EXPECT_EQ(cli({"check", data("routes.yaml")}), 2);
   EXPECT_EQ(cli({"run", data("routes.yaml")}), 2);
   EXPECT_NE(err.str().find("no agent to run scenarios with"), std::string::npos);
-  EXPECT_EQ(cli({"launch"}), 2);
+  err.str("");
+  EXPECT_EQ(cli({"launch", "x.yaml"}), 2);
+  EXPECT_EQ(err.str(),
+            "mfa-host: unknown verb 'launch' (the verbs are run, check and intf-id; "
+            "see mfa-host --help)\n");
+  out.str("");
   EXPECT_EQ(cli({"--help"}), 0);
+  for (const char* told :
+       {"Exit status:", "3  the agent failed", "VEK_PLUGIN", "docs/scenario.md"}) {
+    EXPECT_NE(out.str().find(told), std::string::npos) << told << " in:\n" << out.str();
+  }
+  out.str("");
+  EXPECT_EQ(cli({"run", "--help"}), 0);
+  EXPECT_NE(out.str().find("--dump FILE"), std::string::npos) << out.str();
+  EXPECT_EQ(out.str().find("TEXT"), std::string::npos) << out.str();
+  out.str("");
+  EXPECT_EQ(cli({"--version"}), 0);
+  EXPECT_EQ(out.str().rfind("mfa-host ", 0), 0u) << out.str();
 }
 
 }  // namespace

@@ -36,6 +36,22 @@ TEST(ScenarioLoaderTest, MistakesAreReportedWithTheirLine) {
       {"agent:\n  toggles: {MfaWcFwd: true, Bogus: false}\n", 2, "unknown key 'Bogus' in toggles"},
       {"agent:\n  oru: true\n  oru: false\n", 3, "key 'oru' is given twice"},
       {"agent: [oru]\n", 1, "agent must be a map"},
+      // Texts that the YAML reader's own words would not explain.
+      {"steps:\n  - settle\n\t- restart\n", 3, "a tab in the indentation"},
+      {"state:\n  mroutes: [{source: *, group: 239.1.1.1}]\n", 2, "for any source write \"*\""},
+      {"steps: "
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["
+       "\n",
+       2, "nesting deeper than the YAML reader allows"},
+      {"steps: []\nstate: {vrfs: {a: 1}}\n# \x01\x02\xfe\n", 3, "byte 0xfe is not UTF-8 text"},
+      {"state:\n  vrfs: {r\xc3\xb8"
+       "d: 2}\n",
+       2, "is not a VRF name (it is ASCII only"},
       // State changes.
       {"state:\n  vrf: {red: 2}\n", 2, "unknown key 'vrf' in a state change"},
       {"state:\n  vrfs: {red: two}\n", 2, "a VRF id must be an integer"},
@@ -68,6 +84,10 @@ TEST(ScenarioLoaderTest, MistakesAreReportedWithTheirLine) {
       {"steps:\n  - failNext: {module: MfibIpv4red, cmd: addMroute, code: 0}\n", 2,
        "code 0 means success"},
       {"steps:\n  - failNext: {module: MfibIpv4red, code: 5}\n", 2, "missing 'cmd'"},
+      {"steps:\n  - stop: {vrf: red, af: ipv4, unknownId: true}\n", 2, "unknown key 'unknownId'"},
+      {"steps:\n  - start: {vrf: red, af: ipv4}\n", 2, "start of VRF 'red' before it has an id"},
+      {"steps:\n  - settle\n---\nsteps: []\n", 3, "a scenario is one YAML document"},
+      {"---\n# one\nsteps: []\n...\n---\n", 5, "a scenario is one YAML document"},
       {"steps: {settle: ~}\n", 1, "steps must be a list"},
       // Expectations.
       {"steps:\n  - expect: {}\n", 2, "an expect names one of route, module, edge"},
@@ -113,11 +133,38 @@ TEST(ScenarioLoaderTest, RouteMistakesAreReportedWithTheirLine) {
        "unknown key 'oif' in a route"},
       {"- {vrf: '', af: ipv4, app: pim, source: '*', group: 239.1.1.1}\n", 3,
        "vrf must be a non-empty text"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, oifs: [{tunnel: 16, "
+       "vtep: 10.0.0.9}]}\n",
+       3, "tunnel must be an integer from 1 to 15"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, iif: {tunnel: 1, "
+       "vtep: 10.0.0}}\n",
+       3, "vtep '10.0.0' is not an IPv4 or IPv6 address"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1, iif: {tunnel: 1}}\n", 3,
+       "missing 'vtep'"},
+      {"- {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1}\n"
+       "    - {vrf: red, af: ipv4, app: igmp, source: '*', group: 239.1.1.1}\n"
+       "    - {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1}\n",
+       5, "route *,239.1.1.1 of pim in VRF red is given twice in this list (first on line 3)"},
   };
   for (const BadInput& bad : cases) {
     const std::string yaml = std::string(head) + "    " + bad.yaml;
     expectFirstError(BadInput{yaml.c_str(), bad.line, bad.message});
   }
+}
+
+TEST(ScenarioLoaderTest, ANulByteMeansTheFileIsNotTextAndManyMistakesAreCapped) {
+  ScenarioLoader loader;
+  const std::string binary(
+      "steps: []\n\n\x7f"
+      "ELF\0\x01",
+      17);
+  EXPECT_EQ(loader.loadText(binary, "t.bin").errors,
+            std::vector<std::string>{"t.bin:3: the file holds a NUL byte: it is not a text file"});
+  std::string many = "steps:\n";
+  for (int i = 0; i < 25; ++i) many += "  - advance: -1\n";
+  const std::vector<std::string> errors = loader.loadText(many, "t.yaml").errors;
+  ASSERT_EQ(errors.size(), 21u);
+  EXPECT_EQ(errors.back(), "t.yaml: and 5 more");
 }
 
 TEST(ScenarioLoaderTest, EveryMistakeOfTheFileIsReportedInLineOrderAndNothingLoads) {
@@ -153,6 +200,77 @@ TEST(ScenarioLoaderTest, AnEncoderDecidesWhatAnInterfaceNameIs) {
                    options);
   ScenarioLoader loader(options);
   EXPECT_TRUE(loader.loadText("state:\n  intfVlans: {Ethernet2: 10}\n", "t.yaml").scenario);
+}
+
+// The hosting agent starts a VRF only once it has an id: the loader follows the ids step by
+// step (software ids for the full agent, hardware ids for the reduced one).
+TEST(ScenarioLoaderTest, AStartNeedsTheIdOfItsAgentKindAtThatStepUnlessItSaysOtherwise) {
+  ScenarioLoader loader;
+  LoadResult result = loader.loadText(
+      "agent: {oru: false}\n"
+      "state:\n"
+      "  vrfs: {red: 2}\n"
+      "  hwVrfs: {blue: 12}\n"
+      "steps:\n"
+      "  - start: {vrf: blue, af: ipv4}\n"
+      "  - start: {vrf: red, af: ipv4}\n"
+      "  - set: {hwVrfs: {red: 13}}\n"
+      "  - start: {vrf: red, af: ipv6}\n"
+      "  - delete: {hwVrfs: [blue]}\n"
+      "  - start: {vrf: blue, af: ipv6}\n"
+      "  - start: {vrf: green, af: ipv4, unknownId: true}\n",
+      "t.yaml");
+  ASSERT_EQ(result.errors.size(), 2u);
+  EXPECT_EQ(result.errors[0],
+            "t.yaml:7: start of VRF 'red' before it has an id (those with one: blue); give it one "
+            "under 'hwVrfs' first, or write unknownId: true to start it without");
+  EXPECT_EQ(result.errors[1].rfind("t.yaml:11: start of VRF 'blue' before it has an id (those "
+                                   "with one: red)",
+                                   0),
+            0u);
+  EXPECT_TRUE(result.warnings.empty());
+}
+
+TEST(ScenarioLoaderTest, RoutesAndExpectationsOfAVrfNeverGivenAnIdAreWarnedOfOnce) {
+  ScenarioLoader loader;
+  LoadResult result = loader.loadText(
+      "state:\n"
+      "  vrfs: {red: 2}\n"
+      "  mroutes: [{vrf: rde, af: ipv4, app: pim, source: '*', group: 239.1.1.1}]\n"
+      "steps:\n"
+      "  - set: {tables: [{vrf: blue, af: ipv4, app: pim}]}\n"
+      "  - expect: {route: {vrf: rde, af: ipv4, source: '*', group: 239.1.1.1}, absent: true}\n"
+      "  - set: {vrfs: {blue: 3}}\n",
+      "t.yaml");
+  ASSERT_TRUE(result.scenario);
+  EXPECT_EQ(result.warnings,
+            std::vector<std::string>{"t.yaml:3: warning: VRF 'rde' is never given an id (under "
+                                     "'vrfs'); nothing of it reaches the data plane"});
+}
+
+TEST(ScenarioLoaderTest, ATunnelStandsForItsNameWhereverAnInterfaceIsRead) {
+  LoadResult result =
+      ScenarioLoader(LoaderOptions{FakeDriver::intfIdEncoder(), {}})
+          .loadText(
+              "state:\n"
+              "  vrfs: {red: 2}\n"
+              "  multicastIntfs: {ipv4: {red: [{tunnel: 1, vtep: 10.0.0.9}]}}\n"
+              "  kernel: {red: {vx: {ifIndex: 4, intf: {tunnel: 2, vtep: '2001:DB8::1'}}}}\n"
+              "  mroutes: [{vrf: red, af: ipv4, app: pim, source: '*', group: 239.1.1.1,\n"
+              "             iif: {tunnel: 1, vtep: 10.0.0.7}, oifs: [Ethernet1, {tunnel: 1, "
+              "vtep: 10.0.0.9}]}]\n"
+              "steps:\n"
+              "  - expect: {route: {vrf: red, af: ipv4, source: '*', group: 239.1.1.1},\n"
+              "             oifs: [McastTunnel1-10.0.0.9, Ethernet1]}\n",
+              "t.yaml");
+  ASSERT_TRUE(result.scenario) << result.errors.front();
+  const StateChange& state = result.scenario->state;
+  EXPECT_EQ(state.multicastIntfs.at(Af::ipv4).at("red"),
+            std::vector<std::string>{"McastTunnel1-10.0.0.9"});
+  EXPECT_EQ(state.kernel.at("red").at("vx").intf, "McastTunnel2-2001:db8::1");
+  EXPECT_EQ(state.mroutes.at(0).iif, "McastTunnel1-10.0.0.7");
+  EXPECT_EQ(state.mroutes.at(0).oifs,
+            (std::vector<std::string>{"Ethernet1", "McastTunnel1-10.0.0.9"}));
 }
 
 // The scenario files take most keys end to end through the agent; this is what they do not

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "runtime/dov/NoProgressException.h"
 #include "runtime/dov/RealTimePolicy.h"
 #include "runtime/dov/SimulationPolicy.h"
 #include "runtime/dov/Task.h"
@@ -144,6 +145,38 @@ TEST(YieldTest, RealTimeAnswersManyAsksAndYieldsOnlyAfterTheQuantum) {
   p.task().runNow();
   EXPECT_GE(Dov::RealTimePolicy::monotonicTime() - start, 0.002);
   EXPECT_GT(asks, 100u);
+}
+
+// A task that arms itself again without counting work would keep a run-until-idle loop
+// going for ever; the limit stops it and names it. Work counted in between starts the
+// count again, and so does a run that does not ask for another.
+TEST(NoProgressTest, ATaskStuckForTheLimitOfRunsIsNamedAndOneThatWorksIsNot) {
+  auto scheduler = Dov::TaskScheduler::makeSimulation(1);
+  scheduler->noProgressLimitIs(5);
+  int runs = 0;
+  RunProbe slow(makeTask(scheduler, 3, "slow"), [&] {
+    ++runs;
+    if (runs % 4 == 0) slow.task().taskWorkCountInc(1);
+    if (runs < 20) slow.task().scheduleTask();
+  });
+  slow.task().scheduleTask();
+  EXPECT_EQ(scheduler->runUntilIdle(), 20u);
+
+  int hooks = 0;
+  scheduler->afterEachRunIs([&] { ++hooks; });
+  RunProbe stuck(makeTask(scheduler, 3, "stuck"), [&] {
+    if (!stuck.task().taskShouldYield()) stuck.task().taskWorkCountInc(1);
+    stuck.task().scheduleTask();
+  });
+  stuck.task().scheduleTask();
+  try {
+    scheduler->runUntilIdle();
+    ADD_FAILURE() << "a stuck task ran on";
+  } catch (const Dov::NoProgressException& error) {
+    EXPECT_STREQ(error.what(), "task \"stuck\" ran 5 times in a row without progress");
+  }
+  EXPECT_EQ(hooks, 5) << "the run that reaches the limit is carried out to its hook";
+  EXPECT_TRUE(stuck.task().taskScheduled());
 }
 
 // --- timers and simulated time
