@@ -78,7 +78,7 @@ class VxlanStateWriterTest : public ::testing::Test {
     return *Lumo::ptrCast<T>(store.entityManager()->getEntity(path));
   }
   template <class T>
-  Lumo::Ptr<T> shared(const std::string& path) {
+  Lumo::Ptr<T> shared(std::string_view path) {
     return Lumo::ptrCast<T>(store.sharedMem()->getEntity(path));
   }
   Lumo::Ptr<Vxlan::VtiStatus const> vxlan1() {
