@@ -95,6 +95,17 @@ std::size_t columnOf(std::string_view text, std::size_t at) {
   return lineStart == std::string_view::npos || at == 0 ? at : at - lineStart - 1;
 }
 
+// The list ends where what follows it begins; when that is an entry of an outer list, its
+// dash stands on the same line before it and belongs to the outer list. So the list ends at
+// the start of that line, if only blanks and dashes come before the next thing on it.
+std::size_t lineStartBefore(std::string_view text, std::size_t end) {
+  if (end >= text.size()) return end;
+  const std::size_t lineStart = text.rfind('\n', end == 0 ? 0 : end - 1);
+  if (lineStart == std::string_view::npos) return end;
+  const std::string_view before = text.substr(lineStart + 1, end - lineStart - 1);
+  return before.find_first_not_of(" -") == std::string_view::npos ? lineStart + 1 : end;
+}
+
 int newlines(std::string_view text, std::size_t from, std::size_t to) {
   return static_cast<int>(std::count(text.begin() + static_cast<std::ptrdiff_t>(from),
                                      text.begin() + static_cast<std::ptrdiff_t>(to), '\n'));
@@ -115,7 +126,7 @@ RouteLists::RouteLists(std::string_view text) : text_(text), skeleton_(text) {
   for (const auto& [start, contents] : finder.contents) {
     if (contents.empty()) continue;
     List list;
-    list.end = finder.ends.at(start);
+    list.end = lineStartBefore(text, finder.ends.at(start));
     for (std::size_t content : contents) {
       const std::size_t dash = text.rfind('-', content);
       list.dashes.push_back(dash);

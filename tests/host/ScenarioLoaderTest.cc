@@ -248,6 +248,35 @@ TEST(ScenarioLoaderTest, RoutesAndExpectationsOfAVrfNeverGivenAnIdAreWarnedOfOnc
                                      "'vrfs'); nothing of it reaches the data plane"});
 }
 
+// Route lists are read apart from the rest of the file: what they hold, where a mistake in
+// them is, and where they end must come out as if the file were read whole.
+TEST(ScenarioLoaderTest, RouteListsReadApartKeepTheirLinesAndTheirEnds) {
+  std::string text = "# a comment with \xc3\xb8\nstate:\n  vrfs: {red: 2}\n  mroutes:\n";
+  for (int i = 1; i <= 300; ++i) {
+    text += "    - {vrf: red, af: ipv4, app: pim, source: '*', group: 239.1." +
+            std::to_string(i / 256) + "." + std::to_string(i % 256) + ", oifs: [Ethernet" +
+            std::to_string(i) + "]}\n";
+  }
+  text += "steps:\n  - set:\n      mroutes:\n        - vrf: red\n          af: ipv4\n"
+          "          app: static\n          source: '*'\n          group: 239.9.9.9\n"
+          "  - settle\n";
+  LoadResult result = ScenarioLoader().loadText(text, "t.yaml");
+  ASSERT_TRUE(result.scenario) << result.errors.front();
+  ASSERT_EQ(result.scenario->state.mroutes.size(), 300u);
+  EXPECT_EQ(result.scenario->state.mroutes.back().oifs, std::vector<std::string>{"Ethernet300"});
+  EXPECT_EQ(result.scenario->state.mroutes.back().table.line, 304);
+  ASSERT_EQ(result.scenario->steps.size(), 2u);
+  EXPECT_EQ(std::get<StateStep>(result.scenario->steps[0].action).change.mroutes.at(0).table.app,
+            "static");
+  // Line 260 is in the second slice of 256 entries.
+  const std::size_t line260 = text.find("239.1.1.0, oifs: [Ethernet256]");
+  text.replace(text.find("239.1.1.0", line260), 9, "10.0.0.1");
+  LoadResult bad = ScenarioLoader().loadText(text, "t.yaml");
+  ASSERT_FALSE(bad.errors.empty());
+  EXPECT_EQ(bad.errors.front().rfind("t.yaml:260: group 10.0.0.1 is not a multicast", 0), 0u)
+      << bad.errors.front();
+}
+
 TEST(ScenarioLoaderTest, ATunnelStandsForItsNameWhereverAnInterfaceIsRead) {
   LoadResult result =
       ScenarioLoader(LoaderOptions{FakeDriver::intfIdEncoder(), {}})
