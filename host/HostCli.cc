@@ -80,6 +80,26 @@ int HostCli::main(int argc, const char* const* argv) {
       ->type_name("SECONDS")
       ->capture_default_str();
   checkVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
+  LiveOptions liveOptions;
+  auto* liveVerb = app.add_subcommand(
+      "live", "Feed the agent from the kernel of a network namespace and follow it");
+  liveVerb->add_option("--netns", liveOptions.netns, "The network namespace (default: this one)")
+      ->type_name("NAME");
+  liveVerb->add_option("--for", liveOptions.seconds, "Stop after SECONDS (default: at Ctrl-C)")
+      ->check(CLI::PositiveNumber)
+      ->type_name("SECONDS");
+  liveVerb
+      ->add_option("--app", liveOptions.app, "The route application whose tables take the routes")
+      ->type_name("APP")
+      ->capture_default_str();
+  for (auto [option, file, what] : {std::tuple{"--log", &liveOptions.files.log, "the command log"},
+                                    std::tuple{"--dump", &liveOptions.files.dump, "the model dump"},
+                                    std::tuple{"--dot", &liveOptions.files.dot, "the data plane as DOT"},
+                                    std::tuple{"--trace", &liveOptions.files.trace, "the trace"}}) {
+    liveVerb->add_option(option, *file, std::string("Write ") + what + " to FILE at the end")
+        ->type_name("FILE");
+  }
+  liveVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
   std::vector<std::string> names;
   auto* intfVerb = app.add_subcommand("intf-id", "Print the 64-bit id of each interface name");
   intfVerb->add_option("NAME", names, "Interface names")->required()->type_name("NAME");
@@ -94,7 +114,7 @@ int HostCli::main(int argc, const char* const* argv) {
   };
   if (argc > 1 && argv[1][0] != '-' && !isVerb(argv[1])) {
     err_ << fmt::format(
-        "mfa-host: unknown verb '{}' (the verbs are run, check and intf-id; "
+        "mfa-host: unknown verb '{}' (the verbs are run, check, live and intf-id; "
         "see mfa-host --help)\n",
         argv[1]);
     return kBadInput;
@@ -108,6 +128,7 @@ int HostCli::main(int argc, const char* const* argv) {
   DaemonChoice::is(daemon);
   if (runVerb->parsed()) return run(scenario, files);
   if (checkVerb->parsed()) return check(scenarios, timeLimit);
+  if (liveVerb->parsed()) return live(liveOptions);
   return intfIds(names);
 }
 

@@ -46,7 +46,10 @@ void PluginDriver::configure(const AgentSettings& settings) {
   } else {
     ::unsetenv(bypassTxDemuxerEnv);
   }
-  scheduler_ = Dov::TaskScheduler::makeSimulation(static_cast<unsigned>(settings.yieldEvery));
+  scheduler_ = settings.realTimeQuantum > 0
+                   ? Dov::TaskScheduler::makeRealTime(settings.realTimeQuantum)
+                   : Dov::TaskScheduler::makeSimulation(
+                         static_cast<unsigned>(settings.yieldEvery));
   scheduler_->afterEachRunIs([this] { pump(); });
   scheduler_->noProgressLimitIs(kNoProgressRuns);
   Dov::TaskSchedulerRoot::schedulerIs(scheduler_);

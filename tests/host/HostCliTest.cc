@@ -206,7 +206,7 @@ TEST_F(HostCliTest, WithoutTheAgentOrItsIdsTheVerbsRefuseClearly) {
   err.str("");
   EXPECT_EQ(cli({"launch", "x.yaml"}), 2);
   EXPECT_EQ(err.str(),
-            "mfa-host: unknown verb 'launch' (the verbs are run, check and intf-id; "
+            "mfa-host: unknown verb 'launch' (the verbs are run, check, live and intf-id; "
             "see mfa-host --help)\n");
   out.str("");
   EXPECT_EQ(cli({"--help"}), 0);
