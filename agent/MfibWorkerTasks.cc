@@ -127,24 +127,47 @@ void MfibWorkerTasks::attachModuleTask(const Lumo::Ptr<Vek::Module>& module,
   agent_->cmdConfigGroup()->enqueueVersionInc(1);
 }
 
+void MfibWorkerTasks::attachRxTask(const Lumo::Ptr<Vek::Module>& rxModule, McastRxType type,
+                                   std::string_view pathKind) {
+  if (!rxModule) {
+    VEK_TRACE(warn, "Rx module missing for {} with type {}, no task to attach", pathKind, type);
+    return;
+  }
+  // Hardware-forwarded packets are the bulk and cheap; the others go to software.
+  attachModuleTask(rxModule, type == McastRxType::mcastHwFwd ? 128 : 512);
+}
+
 void MfibWorkerTasks::attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set) {
   for (const auto& member : set->mcastAnyRx()) {
-    const McastRxType type = member.key;
-    const Lumo::Ptr<Vek::Module>& rxModule = member.value->rxModule();
-    if (!rxModule) {
-      VEK_TRACE(warn, "Rx module missing for McastAnyRx with type {}, no task to attach", type);
-      continue;
-    }
-    attachModuleTask(rxModule, type == McastRxType::mcastHwFwd ? 128 : 512);
+    attachRxTask(member.value->rxModule(), member.key, "McastAnyRx");
+  }
+}
+
+void MfibWorkerTasks::attachMcastVxlanRxSetTasks(const Lumo::Ptr<McastL2VxlanRxSet>& set) {
+  for (McastRxType type : allMcastRxTypes) {
+    if (const auto rx = set->mcastL2VxlanRx(type)) attachRxTask(rx->rxModule(), type, "McastVxlanRx");
   }
 }
 
 void MfibWorkerTasks::attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port) {
-  if (!port->rxModule()) {
-    VEK_TRACE(warn, "Rx module missing for PimRegRx, no task to attach");
+  attachTxOrRxTask(port->rxModule(), "Rx module missing for PimRegRx, no task to attach");
+}
+
+void MfibWorkerTasks::attachMcastL2VxlanTxTasks(const Lumo::Ptr<McastL2VxlanTx>& tx) {
+  attachTxOrRxTask(tx->txModule(), "Tx module missing for McastL2VxlanTx, no task to attach");
+}
+
+void MfibWorkerTasks::attachFabricTxTasks(const Lumo::Ptr<FabricTx>& tx) {
+  attachTxOrRxTask(tx->txModule(), "Tx module missing for FabricTx, no task to attach");
+}
+
+void MfibWorkerTasks::attachTxOrRxTask(const Lumo::Ptr<Vek::Module>& module,
+                                       std::string_view missing) {
+  if (!module) {
+    VEK_TRACE(warn, "{}", missing);
     return;
   }
-  attachModuleTask(port->rxModule(), 512);
+  attachModuleTask(module, 512);
 }
 
 }  // namespace VekL3Mcast

@@ -4,8 +4,12 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
+#include "pipeline/FabricTx.h"
 #include "pipeline/McastAnyRxSet.h"
+#include "pipeline/McastL2VxlanRxSet.h"
+#include "pipeline/McastL2VxlanTx.h"
 #include "pipeline/PimRegRx.h"
 #include "pipeline/RegistrationReplyTable.h"
 #include "runtime/lumo/Ptr.h"
@@ -35,8 +39,13 @@ class MfibWorkerTasks : public Qel::StateMachine {
 
   // Puts a module's task under the weighted class of the worker that is next in line.
   void attachModuleTask(const Lumo::Ptr<Vek::Module>& module, std::uint32_t taskWeight);
+  // Receive modules weigh 128 for hardware-forwarded packets and 512 for the others; the
+  // other port modules weigh 512. A missing module is traced and gets no task.
   void attachMcastAnyRxSetTasks(const Lumo::Ptr<McastAnyRxSet>& set);
+  void attachMcastVxlanRxSetTasks(const Lumo::Ptr<McastL2VxlanRxSet>& set);
   void attachPimRegRxTasks(const Lumo::Ptr<PimRegRx>& port);
+  void attachMcastL2VxlanTxTasks(const Lumo::Ptr<McastL2VxlanTx>& tx);
+  void attachFabricTxTasks(const Lumo::Ptr<FabricTx>& tx);
   // The classes of a VRF's tasks stay in the daemon after its stop, and a new start makes
   // the same names again; there is nothing to remove.
   void removeMfibCleanupTc(const std::string& tcName) { (void)tcName; }
@@ -50,6 +59,9 @@ class MfibWorkerTasks : public Qel::StateMachine {
   // Replies to the registration of the FIB modules' worker tasks, for one worker or all.
   void createMfibTc(const google::protobuf::Any& any, const TaskKind& kind);
   void createMfibTcForAllWorkers(const google::protobuf::Any& any, const TaskKind& kind);
+  void attachRxTask(const Lumo::Ptr<Vek::Module>& rxModule, McastRxType type,
+                    std::string_view pathKind);
+  void attachTxOrRxTask(const Lumo::Ptr<Vek::Module>& module, std::string_view missing);
   // Puts a worker task under its rate-limiting class of that worker.
   void doAttachWorkerTask(std::uint32_t worker, const TaskKind& kind, const std::string& vrf,
                           const std::string& taskName, std::uint32_t taskId);

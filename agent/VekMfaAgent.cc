@@ -77,10 +77,14 @@ MfaAgent::~MfaAgent() {
   moduleStatusErrorReactor_.isRegisteredIs(false);
   mfibWorkerTasks()->handleCleanup();
   vrfIdTracker()->handleCleanup();
-  fabricDeviceControl()->handleCleanup();
   vrfPipelineControl()->handleCleanup();
   vrfNamespaces()->intfStatusManagerRootDel();
   txDemuxerModuleProgrammer_.del(*this);
+  fabricDeviceControl()->handleCleanup();
+  if (const auto& vxlan = vxlanPipeline()) {
+    vrfLifecycleListenerDel(*vxlan);
+    vxlanPipeline_.del(*this);
+  }
   if (const auto& control = mplsPipelineControl()) {
     vrfLifecycleListenerDel(*control);
     mplsPipelineControl_.del(*this);
@@ -124,6 +128,8 @@ void MfaAgent::handleInitialized() {
 
   namespaces.createKniSm(L3::VrfName::defaultVrf());
   initialized_.is(*this, true);
+  // The fabric's pipeline waited for this; it stands before the workers run.
+  if (oru_) fabricDeviceControl()->handleFabricDevice();
   resumeWorkers();
 }
 
@@ -179,8 +185,17 @@ void MfaAgent::doMountFullAgentInputs(const Lumo::Ptr<QelSharedMem::EntityManage
   inputs_.mldProxyStatus = mountedEntity<IgmpProxyStatus>(
       sharedMem, IgmpProxyStatus::afMountPath(AddressFamily::ipv6));
 
-  // The VXLAN pipeline's VLAN groups and SBD VLANs join the ids here when it is built.
+  doCreateVxlanPipeline();
+
+  // The VXLAN pipeline's VLAN groups and SBD VLANs join the ids here.
+  VekMVxlan::VxlanPipeline& vxlan = *vxlanPipeline();
+  vxlan.updateAllVlanGroups();
   vrfIdTracker()->handleVrfNameToId();
+  for (const auto& vti : inputs_.vtiStatusDir->vtiStatuses()) {
+    const auto sm = vxlan.vtiStatusSm(vti.key);
+    for (const auto& entry : vti.value->vrfToSbdVlanMaps()) sm->handleVrfToSBDVlan(entry.key);
+  }
+  vxlan.handleVxlanSwitchPktToMcastTunnelInSw();
 
   inputs_.routingHwRouteStatus = centralEntity<Routing::Hardware::RouteStatus>(
       entityManager(), Routing::Hardware::RouteStatus::path);
@@ -206,6 +221,18 @@ void MfaAgent::doMountProviderInputs(const Lumo::Ptr<QelSharedMem::EntityManager
                                                 inputs_.vrfIdToNameStatus, mcastModuleManager(),
                                                 configStatusPair(), vekcsd());
   vrfLifecycleListenerIs(*control);
+  control->fabricTxAttachIs([this] { fabricDeviceControl()->doMaybeCreateAndAttachFabricTx(); });
+}
+
+void MfaAgent::doCreateVxlanPipeline() {
+  const auto& vxlan = vxlanPipeline_.isWith(
+      *this,
+      [](VekMVxlan::VxlanPipelineOwner* owner, const MfaInputs* inputs, const auto&... rest) {
+        return Lumo::makePtr<VekMVxlan::VxlanPipeline>(owner, *inputs, rest...);
+      },
+      &vxlanOwner_, &inputs_, configStatusPair(), cmdConfigGroup(), vekcsd(),
+      Lumo::Ptr<Lanx::PamRxBuf const>(mcastModuleManager()->rxBufSize()));
+  vrfLifecycleListenerIs(*vxlan);
 }
 
 void MfaAgent::doGetFamilyInputs(AddressFamily af) {
@@ -286,6 +313,9 @@ void MfaAgent::handleDelete() {
   vrfNamespaces()->deleteKniSm(L3::VrfName::defaultVrf());
   pipelines.appRootSmDelAll();
   pipelines.appRoot6SmDelAll();
+  if (const auto& vxlan = vxlanPipeline(); vxlan && vxlan->l2VxlanInModule()) {
+    vxlan->doDeleteL2MVxlanPipeline();
+  }
   if (const auto& control = mplsPipelineControl()) control->handleCleanup();
 }
 
@@ -299,16 +329,20 @@ bool MfaAgent::txDemuxerEgressConnected() const {
 }
 
 void MfaAgent::connectTxDemuxerModule() {
-  const auto& txDemuxer = mcastModuleManager()->txDemuxerModule();
-  if (!txDemuxer) return;
-  if ((toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) && inputs_.mvpnIntfStatus &&
-      !txDemuxerModuleProgrammer()) {
-    VEK_TRACE(info, "Creating TxDemuxer module programmer");
-    txDemuxerModuleProgrammerIs(inputs_.mvpnIntfStatus, txDemuxer);
-  }
-  // The fabric transmit path connects the demultiplexer itself once it is built.
+  if (!mcastModuleManager()->txDemuxerModule()) return;
+  doMaybeCreateTxDemuxerProgrammer();
+  fabricDeviceControl()->doMaybeCreateAndAttachFabricTx();
   if (const auto& control = mplsPipelineControl()) {
     control->doConnectTxDemuxerToL3MMpls(VekMMpls::MplsPipelineControl::tunnelAf);
+  }
+}
+
+void MfaAgent::doMaybeCreateTxDemuxerProgrammer() {
+  const auto& txDemuxer = mcastModuleManager()->txDemuxerModule();
+  if (!txDemuxer || txDemuxerModuleProgrammer()) return;
+  if ((toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) && inputs_.mvpnIntfStatus) {
+    VEK_TRACE(info, "Creating TxDemuxer module programmer");
+    txDemuxerModuleProgrammerIs(inputs_.mvpnIntfStatus, txDemuxer);
   }
 }
 

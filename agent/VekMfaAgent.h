@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "agent/AgentVxlanOwner.h"
 #include "agent/FabricDeviceControl.h"
 #include "agent/MfibDirSm.h"
 #include "agent/MfibWorkerTasks.h"
@@ -36,6 +37,7 @@
 #include "runtime/vek/ModuleConfigStatusPair.h"
 #include "runtime/vek/ModuleStatus.h"
 #include "runtime/vek/VekCommonSmData.h"
+#include "vxlan/VxlanPipeline.h"
 
 namespace VekL3Mcast {
 
@@ -76,6 +78,7 @@ class MfaAgent : public Qel::StateMachine {
     kMMplsInitialized,
     kMplsPipelineControl,
     kTxDemuxerModuleProgrammer,
+    kVxlanPipeline,
   };
   // The name of the agent's own group of daemon-level commands.
   static constexpr std::string_view cmdConfigGroupName = "mfaAgent";
@@ -164,6 +167,11 @@ class MfaAgent : public Qel::StateMachine {
   const Lumo::Ptr<VekMMpls::MplsPipelineControl>& mplsPipelineControl() const noexcept {
     return mplsPipelineControl_.get();
   }
+  // The VXLAN pipeline control; made once the VXLAN and proxy inputs are mounted, so only
+  // in the full agent.
+  const Lumo::Ptr<VekMVxlan::VxlanPipeline>& vxlanPipeline() const noexcept {
+    return vxlanPipeline_.get();
+  }
   // Keeps the demultiplexer's provider VLAN of each VRF id; made by connectTxDemuxerModule.
   const Lumo::Ptr<VekTxDemuxer::TxDemuxerModuleProgrammer>& txDemuxerModuleProgrammer()
       const noexcept {
@@ -181,6 +189,9 @@ class MfaAgent : public Qel::StateMachine {
   // Connects the demultiplexer to what stands of the egresses beyond the VRFs, and makes
   // the programmer of its provider VLANs when an MVPN toggle asks for it.
   void connectTxDemuxerModule();
+  // Makes the demultiplexer's programmer when an MVPN toggle asks for it and its input is
+  // mounted; whatever first connects the demultiplexer to an egress calls it.
+  void doMaybeCreateTxDemuxerProgrammer();
 
   // ---- Owned objects ----
 
@@ -232,6 +243,9 @@ class MfaAgent : public Qel::StateMachine {
   // The provider side (MVPN over MPLS): the software id table, the provider interfaces and
   // the label tables; mMplsInitialized is set once they stand.
   void doMountProviderInputs(const Lumo::Ptr<QelSharedMem::EntityManager>& sharedMem);
+  // The VXLAN pipeline control, from the inputs that stand once the proxy tables are
+  // mounted; it joins the VRFs' lifecycle.
+  void doCreateVxlanPipeline();
   // The multicast interfaces, route directory and kernel limits of a family; both agents.
   void doGetFamilyInputs(Lanx::AddressFamily af);
   // Binds the reactors that follow the status queues; binding runs them.
@@ -299,6 +313,12 @@ class MfaAgent : public Qel::StateMachine {
                          Lumo::Ptr<Routing::Multicast::MvpnIntfStatus const>,
                          Lumo::Ptr<VekTxDemuxer::TxDemuxer>>
       txDemuxerModuleProgrammer_;
+  AgentVxlanOwner vxlanOwner_{this};
+  Qel::InstantiatingAttr<VekMVxlan::VxlanPipeline, kVxlanPipeline, "vxlanPipeline",
+                         VekMVxlan::VxlanPipelineOwner*, const MfaInputs*,
+                         Lumo::Ptr<Vek::ModuleConfigStatusPair>, Lumo::Ptr<Vek::CmdConfigGroup>,
+                         Lumo::Ptr<Vek::VekCommonSmData>, Lumo::Ptr<Lanx::PamRxBuf const>>
+      vxlanPipeline_;
   Qel::ValueAttr<bool, kInitialized> initialized_;
   Qel::ValueAttr<bool, kMvxlanInitialized> mvxlanInitialized_;
   Qel::ValueAttr<bool, kMMplsInitialized> mMplsInitialized_;

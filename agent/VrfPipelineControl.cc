@@ -225,6 +225,9 @@ void VrfPipelineControl::handleBridgeMacAddr() {
   for (AddressFamily af : Lanx::bothFamilies) {
     for (const auto& module : mfibModules(af)) module.value->setBridgeMacAddr(mac);
   }
+  if (const auto& vxlan = agent_->vxlanPipeline(); vxlan && vxlan->l2VxlanInModule()) {
+    vxlan->l2VxlanInModule()->setLocalBridgeMacAddr(mac);
+  }
 }
 
 // ---- Multicast interfaces ----

@@ -404,14 +404,17 @@ nlohmann::ordered_json Model::dump() const {
   }
   Json tcs = Json::object();
   for (const auto& [name, tc] : tcs_) {
+    // A class holds its tasks as a set: the order they were attached in is not its state.
+    std::vector<std::string> tasks(tc.tasks.begin(), tc.tasks.end());
+    std::sort(tasks.begin(), tasks.end());
     if (tc.weighted) {
-      tcs[name] = {{"worker", tc.worker}, {"policy", "weighted"}, {"tasks", tc.tasks}};
+      tcs[name] = {{"worker", tc.worker}, {"policy", "weighted"}, {"tasks", tasks}};
     } else {
       tcs[name] = {{"worker", tc.worker},
                    {"unit", tc.unit},
                    {"limit", tc.limit},
                    {"burst", tc.burst},
-                   {"tasks", tc.tasks}};
+                   {"tasks", std::move(tasks)}};
     }
   }
   return {{"workersResumed", workersResumed_},

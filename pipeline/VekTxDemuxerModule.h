@@ -22,6 +22,9 @@ class TxDemuxer : public Vek::Module {
  public:
   static constexpr std::uint32_t reservedInGate = 0;
   static constexpr std::uint32_t reservedOutGate = 2;
+  // The reserved output gate towards the fabric transmit path; the other one feeds the MPLS
+  // encapsulation.
+  static constexpr std::uint32_t fabricGate = 0;
 
   TxDemuxer(Lumo::String name, std::uint32_t maxInGate, std::uint32_t maxOutGate,
             Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair);

@@ -12,7 +12,7 @@ using Lanx::AddressFamily;
 using VekL3Mcast::McastL2VxlanRxSet;
 using VekL3Mcast::McastRxType;
 
-VxlanPipeline::VxlanPipeline(VxlanPipelineOwner* owner,
+VxlanPipeline::VxlanPipeline(VxlanPipelineOwner* owner, const VekL3Mcast::MfaInputs& inputs,
                              Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair,
                              Lumo::Ptr<Vek::CmdConfigGroup> cmdConfigGroup,
                              Lumo::Ptr<Vek::VekCommonSmData> vekcsd,
@@ -21,7 +21,10 @@ VxlanPipeline::VxlanPipeline(VxlanPipelineOwner* owner,
       modulePair_(std::move(modulePair)),
       cmdConfigGroup_(std::move(cmdConfigGroup)),
       vekcsd_(std::move(vekcsd)),
-      rxBuf_(std::move(rxBuf)) {}
+      rxBuf_(std::move(rxBuf)),
+      inputs_(inputs) {
+  handleInitialized();
+}
 
 VxlanPipeline::~VxlanPipeline() {
   hasNotificationActiveIs(false);
@@ -40,12 +43,31 @@ void follow(Qel::SmSubscriber<VxlanPipeline>& reactor, const Lumo::Ptr<Entity co
 
 }  // namespace
 
-void VxlanPipeline::vtiStatusDirIs(Lumo::Ptr<Vxlan::VtiStatusDir const> dir) {
-  follow(vtiStatusDirDispatch_, dir);
-  vtiStatusDir_.is(*this, std::move(dir));
+void VxlanPipeline::handleInitialized() {
+  follow(vtiStatusDirDispatch_, vtiStatusDir());
+  follow(tunnelFwdingStatus4Dispatch_, tunnelFwdingStatus(AddressFamily::ipv4));
+  follow(tunnelFwdingStatus6Dispatch_, tunnelFwdingStatus(AddressFamily::ipv6));
+  follow(tunDecapConfig4Dispatch_, tunDecapConfig(AddressFamily::ipv4));
+  follow(tunDecapConfig6Dispatch_, tunDecapConfig(AddressFamily::ipv6));
+  follow(mcastIrbStatus4Dispatch_, mcastIrbStatus(AddressFamily::ipv4));
+  follow(mcastIrbStatus6Dispatch_, mcastIrbStatus(AddressFamily::ipv6));
+  follow(igmpProxyStatusDispatch_, igmpProxyStatus());
+  follow(mldProxyStatusDispatch_, mldProxyStatus());
+  follow(hwCapabilitiesDispatch_, inputs_.hwCapabilities);
+
   HN_NestedSm_VtiStatus_.smDelAll();
-  if (!vtiStatusDir()) return;
-  for (const auto& member : vtiStatusDir()->vtiStatuses()) handleVtiStatus(member.key);
+  if (vtiStatusDir()) {
+    for (const auto& member : vtiStatusDir()->vtiStatuses()) handleVtiStatus(member.key);
+  }
+  HN_NestedSm_VlanStatus4_.smDelAll();
+  HN_NestedSm_VlanStatus6_.smDelAll();
+  for (AddressFamily af : Lanx::bothFamilies) {
+    if (!tunnelFwdingStatus(af)) continue;
+    for (const auto& member : tunnelFwdingStatus(af)->vlanStatuses()) {
+      handleVlanStatus(af, member.key);
+    }
+  }
+  handleVxlanSwitchPktToMcastTunnelInSw();
 }
 
 void VxlanPipeline::handleVtiStatus(const Lanx::IntfId& intf) {
@@ -53,23 +75,6 @@ void VxlanPipeline::handleVtiStatus(const Lanx::IntfId& intf) {
     HN_NestedSm_VtiStatus_.smIs(status);
   } else {
     HN_NestedSm_VtiStatus_.smDel(intf);
-  }
-}
-
-void VxlanPipeline::tunnelFwdingStatusIs(
-    AddressFamily af, Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const> status) {
-  if (af == AddressFamily::ipv6) {
-    follow(tunnelFwdingStatus6Dispatch_, status);
-    tunnelFwdingStatus6_.is(*this, std::move(status));
-    HN_NestedSm_VlanStatus6_.smDelAll();
-  } else {
-    follow(tunnelFwdingStatus4Dispatch_, status);
-    tunnelFwdingStatus4_.is(*this, std::move(status));
-    HN_NestedSm_VlanStatus4_.smDelAll();
-  }
-  if (!tunnelFwdingStatus(af)) return;
-  for (const auto& member : tunnelFwdingStatus(af)->vlanStatuses()) {
-    handleVlanStatus(af, member.key);
   }
 }
 
@@ -88,44 +93,6 @@ void VxlanPipeline::handleVlanStatus(AddressFamily af, Bridging::VlanId vlan) {
   }
 }
 
-void VxlanPipeline::tunDecapConfigIs(
-    AddressFamily af, Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const> config) {
-  if (af == AddressFamily::ipv6) {
-    follow(tunDecapConfig6Dispatch_, config);
-    tunDecapConfig6_.is(*this, std::move(config));
-  } else {
-    follow(tunDecapConfig4Dispatch_, config);
-    tunDecapConfig4_.is(*this, std::move(config));
-  }
-}
-
-void VxlanPipeline::mcastIrbStatusIs(AddressFamily af,
-                                     Lumo::Ptr<Irb::Multicast::McastIrbStatus const> status) {
-  if (af == AddressFamily::ipv6) {
-    follow(mcastIrbStatus6Dispatch_, status);
-    mcastIrbStatus6_.is(*this, std::move(status));
-  } else {
-    follow(mcastIrbStatus4Dispatch_, status);
-    mcastIrbStatus4_.is(*this, std::move(status));
-  }
-}
-
-void VxlanPipeline::igmpProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status) {
-  follow(igmpProxyStatusDispatch_, status);
-  igmpProxyStatus_.is(*this, std::move(status));
-}
-
-void VxlanPipeline::mldProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status) {
-  follow(mldProxyStatusDispatch_, status);
-  mldProxyStatus_.is(*this, std::move(status));
-}
-
-void VxlanPipeline::hwCapabilitiesIs(Lumo::Ptr<Bridging::HwCapabilities const> capabilities) {
-  follow(hwCapabilitiesDispatch_, capabilities);
-  hwCapabilities_.is(*this, std::move(capabilities));
-  handleVxlanSwitchPktToMcastTunnelInSw();
-}
-
 // ---- The L2 pipeline ----
 
 Lumo::Ptr<VekL3Mcast::MfibAf> VxlanPipeline::defaultMfib(AddressFamily af) const {
@@ -142,8 +109,7 @@ bool VxlanPipeline::l2PipelineWanted() const {
 void VxlanPipeline::doCreateL2ReceiveSet() {
   auto set = Lumo::makePtr<McastL2VxlanRxSet>();
   mcastL2VxlanRxSet_.is(*this, set);
-  for (McastRxType type : {McastRxType::mcastHwFwd, McastRxType::mcastSwFwd,
-                           McastRxType::mcastSwFwdPeerLinkOrCore}) {
+  for (McastRxType type : VekL3Mcast::allMcastRxTypes) {
     const auto rx = set->mcastL2VxlanRxIs(type, rxBuf_);
     rx->createBessPort(cmdConfigGroup_);
     rx->createRxModule(modulePair_);
@@ -200,16 +166,16 @@ void VxlanPipeline::doCreateL2MVxlanPipeline() {
     vti.handleVtepAddr(AddressFamily::ipv6);
     for (const auto& entry : vti.vtiStatus().vlanToVniMaps()) vti.handleVlanToVniMap(entry.key);
   }
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     if (!tunDecapConfig(af)) continue;
     for (const auto& route : tunDecapConfig(af)->routes()) handleDecapRoute(af, route.key);
   }
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     if (!mcastIrbStatus(af)) continue;
     for (const auto& entry : mcastIrbStatus(af)->sbdVlans()) handleVlanToSbdVlan(af, entry.key);
   }
   handleVxlanSwitchPktToMcastTunnelInSw();
-  if (bridgingConfig_.get()) in->setLocalBridgeMacAddr(bridgingConfig_.get()->bridgeMacAddr());
+  if (inputs_.bridgingConfig) in->setLocalBridgeMacAddr(inputs_.bridgingConfig->bridgeMacAddr());
   // The flood-set machine is made here.
   doConnectL3MVxlanInToL2MVxlanIn();
 }
@@ -217,7 +183,7 @@ void VxlanPipeline::doCreateL2MVxlanPipeline() {
 void VxlanPipeline::doDeleteL2MVxlanPipeline() {
   VEK_TRACE(info, "Deleting the L2 VXLAN pipeline");
   // The snooping membership machines of both families go here.
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     const auto mfib = defaultMfib(af);
     if (!mfib) continue;
     if (l2VxlanInModule()) l2VxlanInModule()->disconnectModule(mfib);

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "pipeline/McastL2VxlanRxSet.h"
+#include "pipeline/MfaInputs.h"
 #include "pipeline/McastL2VxlanTx.h"
 #include "pipeline/VrfLifecycleListener.h"
 #include "runtime/lumo/Ptr.h"
@@ -50,20 +51,7 @@ namespace VekMVxlan {
 class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleListener {
  public:
   enum : Qel::AttributeId {
-    kVtiStatusDir = 1,
-    kTunnelFwdingStatus4,
-    kTunnelFwdingStatus6,
-    kTunDecapConfig4,
-    kTunDecapConfig6,
-    kMcastIrbStatus4,
-    kMcastIrbStatus6,
-    kIgmpProxyStatus,
-    kMldProxyStatus,
-    kHwCapabilities,
-    kBridgingConfig,
-    kRemoteVniToVlanStaticStatus,
-    kRemoteVniToVlanIrbStatus,
-    kMcastL2VxlanRxSet,
+    kMcastL2VxlanRxSet = 1,
     kMcastL2VxlanTx,
     kL2VxlanInModule,
     kL2VxlanOutModule,
@@ -76,7 +64,10 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
     // The L3 side's attributes follow.
   };
 
-  VxlanPipeline(VxlanPipelineOwner* owner, Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair,
+  // Reads its inputs from `inputs`, which the agent fills as it mounts them and which
+  // outlives the pipeline.
+  VxlanPipeline(VxlanPipelineOwner* owner, const VekL3Mcast::MfaInputs& inputs,
+                Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair,
                 Lumo::Ptr<Vek::CmdConfigGroup> cmdConfigGroup,
                 Lumo::Ptr<Vek::VekCommonSmData> vekcsd, Lumo::Ptr<Lanx::PamRxBuf const> rxBuf);
   ~VxlanPipeline() override;
@@ -87,48 +78,32 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   const Lumo::Ptr<Vek::CmdConfigGroup>& cmdConfigGroup() const noexcept { return cmdConfigGroup_; }
   const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd() const noexcept { return vekcsd_; }
 
-  // ---- Inputs, set by the agent as it mounts them ----
+  // ---- Inputs, as the agent mounted them ----
 
-  void vtiStatusDirIs(Lumo::Ptr<Vxlan::VtiStatusDir const> dir);
+  // Follows the inputs that the agent's bundle holds now and walks them; the agent calls it
+  // again when it changes one of them.
+  void handleInitialized() override;
+  const VekL3Mcast::MfaInputs& inputs() const noexcept { return inputs_; }
   const Lumo::Ptr<Vxlan::VtiStatusDir const>& vtiStatusDir() const noexcept {
-    return vtiStatusDir_.get();
+    return inputs_.vtiStatusDir;
   }
-  void tunnelFwdingStatusIs(Lanx::AddressFamily af,
-                            Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const> status);
   const Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const>& tunnelFwdingStatus(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? tunnelFwdingStatus6_.get() : tunnelFwdingStatus4_.get();
+    return inputs_.tunnelFwdingStatus[af];
   }
-  void tunDecapConfigIs(Lanx::AddressFamily af,
-                        Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const> config);
   const Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const>& tunDecapConfig(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? tunDecapConfig6_.get() : tunDecapConfig4_.get();
+    return inputs_.tunDecapConfig[af];
   }
-  void mcastIrbStatusIs(Lanx::AddressFamily af,
-                        Lumo::Ptr<Irb::Multicast::McastIrbStatus const> status);
   const Lumo::Ptr<Irb::Multicast::McastIrbStatus const>& mcastIrbStatus(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mcastIrbStatus6_.get() : mcastIrbStatus4_.get();
+    return inputs_.mcastIrbStatus[af];
   }
-  void igmpProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status);
-  void mldProxyStatusIs(Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const> status);
   const Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>& igmpProxyStatus() const noexcept {
-    return igmpProxyStatus_.get();
+    return inputs_.igmpProxyStatus;
   }
   const Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>& mldProxyStatus() const noexcept {
-    return mldProxyStatus_.get();
-  }
-  void hwCapabilitiesIs(Lumo::Ptr<Bridging::HwCapabilities const> capabilities);
-  // Read for the bridge MAC that a new pipeline gets; the agent follows its changes.
-  void bridgingConfigIs(Lumo::Ptr<Bridging::Config const> config) {
-    bridgingConfig_.is(*this, std::move(config));
-  }
-  void remoteVniToVlanStaticStatusIs(Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const> status) {
-    remoteVniToVlanStaticStatus_.is(*this, std::move(status));
-  }
-  void remoteVniToVlanIrbStatusIs(Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const> status) {
-    remoteVniToVlanIrbStatus_.is(*this, std::move(status));
+    return inputs_.mldProxyStatus;
   }
 
   // ---- The L2 pipeline ----
@@ -247,32 +222,7 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   Lumo::Ptr<Vek::CmdConfigGroup> cmdConfigGroup_;
   Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
   Lumo::Ptr<Lanx::PamRxBuf const> rxBuf_;
-
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::VtiStatusDir const>, kVtiStatusDir> vtiStatusDir_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const>,
-                 kTunnelFwdingStatus4>
-      tunnelFwdingStatus4_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus const>,
-                 kTunnelFwdingStatus6>
-      tunnelFwdingStatus6_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const>, kTunDecapConfig4>
-      tunDecapConfig4_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::IpTunnelDecapConfig const>, kTunDecapConfig6>
-      tunDecapConfig6_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::McastIrbStatus const>, kMcastIrbStatus4>
-      mcastIrbStatus4_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::McastIrbStatus const>, kMcastIrbStatus6>
-      mcastIrbStatus6_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>, kIgmpProxyStatus>
-      igmpProxyStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Irb::Multicast::IgmpProxyStatus const>, kMldProxyStatus>
-      mldProxyStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::HwCapabilities const>, kHwCapabilities> hwCapabilities_;
-  Qel::ValueAttr<Lumo::Ptr<Bridging::Config const>, kBridgingConfig> bridgingConfig_;
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const>, kRemoteVniToVlanStaticStatus>
-      remoteVniToVlanStaticStatus_;
-  Qel::ValueAttr<Lumo::Ptr<Vxlan::RemoteVniToVlanStatus const>, kRemoteVniToVlanIrbStatus>
-      remoteVniToVlanIrbStatus_;
+  const VekL3Mcast::MfaInputs& inputs_;
 
   Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::McastL2VxlanRxSet>, kMcastL2VxlanRxSet> mcastL2VxlanRxSet_;
   Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::McastL2VxlanTx>, kMcastL2VxlanTx> mcastL2VxlanTx_;

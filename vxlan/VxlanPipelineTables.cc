@@ -74,7 +74,7 @@ void VxlanPipeline::handleTunnelMapping(AddressFamily af, Bridging::VlanId vlan,
 void VxlanPipeline::handleVxlanSwitchPktToMcastTunnelInSw() {
   if (!owner_->initialized() || !l2VxlanInModule()) return;
   const bool switching =
-      hwCapabilities_.get() && hwCapabilities_.get()->vxlanSwitchPktToMcastTunnelInSw();
+      inputs_.hwCapabilities && inputs_.hwCapabilities->vxlanSwitchPktToMcastTunnelInSw();
   l2VxlanInModule()->setVxlanSwitchPktToMcastTunnelInSw(switching);
 }
 
@@ -129,7 +129,7 @@ void VxlanPipeline::deleteVlan(Bridging::VlanId vlan) {
   VEK_TRACE(info, ", vlan: {}", vlan);
   const Lanx::IntfId vlanIntf = Lanx::VlanIntfId::vlanIdToIntfId(vlan);
   if (l2VxlanInModule()) deleteVlanFilterGrpc(vlan);
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     if (const auto mfib = defaultMfib(af)) mfib->intfIdToOutGateDel(vlanIntf);
   }
   const bool noProxy = (!igmpProxyStatus() || igmpProxyStatus()->empty()) &&
@@ -140,9 +140,7 @@ void VxlanPipeline::deleteVlan(Bridging::VlanId vlan) {
 void VxlanPipeline::sendVlanFilter(std::string_view cmd, const std::vector<std::uint32_t>& vlans) {
   const auto& set = mcastL2VxlanRxSet();
   if (!set) return;
-  for (VekL3Mcast::McastRxType type :
-       {VekL3Mcast::McastRxType::mcastHwFwd, VekL3Mcast::McastRxType::mcastSwFwd,
-        VekL3Mcast::McastRxType::mcastSwFwdPeerLinkOrCore}) {
+  for (VekL3Mcast::McastRxType type : VekL3Mcast::allMcastRxTypes) {
     const auto rx = set->mcastL2VxlanRx(type);
     if (!rx) continue;
     auto* arg = new bess::pb::PCAPPortVlanArg;
@@ -169,7 +167,7 @@ void VxlanPipeline::addAllVlansFilterGrpc() {
 }
 
 void VxlanPipeline::updateAllVlanGroups() {
-  for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
+  for (AddressFamily af : Lanx::bothFamilies) {
     const auto& status = tunnelFwdingStatus(af);
     if (!status) continue;
     for (const auto& vlan : status->vlanStatuses()) {

@@ -86,28 +86,28 @@ struct VxlanInputs {
   Lumo::Ptr<Bridging::HwCapabilities> hw = Lumo::makePtr<Bridging::HwCapabilities>();
   Lumo::Ptr<Bridging::Config> bridging = Lumo::makePtr<Bridging::Config>();
 
-  void bind(VekMVxlan::VxlanPipeline& pipeline) const {
-    pipeline.vtiStatusDirIs(vtis);
-    pipeline.tunnelFwdingStatusIs(AddressFamily::ipv4, tunnels4);
-    pipeline.tunnelFwdingStatusIs(AddressFamily::ipv6, tunnels6);
-    pipeline.tunDecapConfigIs(AddressFamily::ipv4, decap4);
-    pipeline.tunDecapConfigIs(AddressFamily::ipv6, decap6);
-    pipeline.mcastIrbStatusIs(AddressFamily::ipv4, irb4);
-    pipeline.mcastIrbStatusIs(AddressFamily::ipv6, irb6);
-    pipeline.igmpProxyStatusIs(igmp);
-    pipeline.mldProxyStatusIs(mld);
-    pipeline.hwCapabilitiesIs(hw);
-    pipeline.bridgingConfigIs(bridging);
+  // The agent's bundle, holding the entities above as the agent holds what it mounted.
+  VekL3Mcast::MfaInputs bundle() const {
+    VekL3Mcast::MfaInputs bundle;
+    bundle.vtiStatusDir = vtis;
+    bundle.tunnelFwdingStatus.ipv4 = tunnels4;
+    bundle.tunnelFwdingStatus.ipv6 = tunnels6;
+    bundle.tunDecapConfig.ipv4 = decap4;
+    bundle.tunDecapConfig.ipv6 = decap6;
+    bundle.mcastIrbStatus.ipv4 = irb4;
+    bundle.mcastIrbStatus.ipv6 = irb6;
+    bundle.igmpProxyStatus = igmp;
+    bundle.mldProxyStatus = mld;
+    bundle.hwCapabilities = hw;
+    bundle.bridgingConfig = bridging;
+    return bundle;
   }
 };
 
 // A pipeline over the data-plane model, with its inputs bound and notification on.
 class VxlanPipelineFixture : public PipelineTest::PipelineFixture {
  protected:
-  VxlanPipelineFixture() {
-    inputs.bind(*pipeline);
-    pipeline->hasNotificationActiveIs(true);
-  }
+  VxlanPipelineFixture() { pipeline->hasNotificationActiveIs(true); }
 
   // The fabric comes up, as the agent's fabric handler acts on it.
   void fabricUp() {
@@ -129,8 +129,9 @@ class VxlanPipelineFixture : public PipelineTest::PipelineFixture {
 
   FakeOwner owner{pair};
   VxlanInputs inputs;
+  const VekL3Mcast::MfaInputs bundle = inputs.bundle();
   Lumo::Ptr<VekMVxlan::VxlanPipeline> pipeline = Lumo::makePtr<VekMVxlan::VxlanPipeline>(
-      &owner, pair, group, vekcsd, Lumo::makePtr<Lanx::PamRxBuf>(8388608));
+      &owner, bundle, pair, group, vekcsd, Lumo::makePtr<Lanx::PamRxBuf>(8388608));
 };
 
 }  // namespace VxlanTest
