@@ -115,7 +115,10 @@ void KernelFeed::diffDevices(Devices next, Update& update) {
     remove.vrfs[vrf] = id;
     remove.hwVrfs[vrf] = id;
     removeAny = true;
-    for (Af family : families_) update.stops.push_back(VrfAf{vrf, family});
+    for (Af family : families_) {
+      update.stops.push_back(VrfAf{vrf, family});
+      remove.tables.push_back(RouteTableName{VrfAf{vrf, family}, app_, 0});
+    }
   }
   for (const auto& [vrf, id] : next.vrfs) {
     auto old = devices_.vrfs.find(vrf);
@@ -123,8 +126,12 @@ void KernelFeed::diffDevices(Devices next, Update& update) {
     set.vrfs[vrf] = id;
     set.hwVrfs[vrf] = id;
     setAny = true;
-    if (old == devices_.vrfs.end()) {
-      for (Af family : families_) update.starts.push_back(VrfAf{vrf, family});
+    if (old != devices_.vrfs.end()) continue;
+    // The route tables stand from the start, empty if need be: a table that comes later
+    // makes the agent review every route of it, and its first routes would go out twice.
+    for (Af family : families_) {
+      update.starts.push_back(VrfAf{vrf, family});
+      set.tables.push_back(RouteTableName{VrfAf{vrf, family}, app_, 0});
     }
   }
   for (const auto& [vrf, devices] : devices_.kernel) {

@@ -223,5 +223,17 @@ TEST_F(HostCliTest, WithoutTheAgentOrItsIdsTheVerbsRefuseClearly) {
   EXPECT_EQ(out.str().rfind("mfa-host ", 0), 0u) << out.str();
 }
 
+TEST_F(HostCliTest, LiveRefusesANamespaceItCannotEnterAndAnUnknownApplication) {
+  services.isRouteApp = [](std::string_view app) { return app == "pim"; };
+  const std::string missing = "vekt-missing-" + std::to_string(::getpid());
+  EXPECT_EQ(cli({"live", "--netns", missing, "--for", "1"}), 2);
+  EXPECT_NE(err.str().find("network namespace '" + missing + "' does not exist"),
+            std::string::npos)
+      << err.str();
+  err.str("");
+  EXPECT_EQ(cli({"live", "--app", "bgp", "--for", "1"}), 2);
+  EXPECT_NE(err.str().find("'bgp' is not a route application"), std::string::npos) << err.str();
+}
+
 }  // namespace
 }  // namespace VekHost
