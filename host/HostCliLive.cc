@@ -66,13 +66,14 @@ int HostCli::live(const LiveOptions& options) {
   }
   std::unique_ptr<ScenarioDriver> driver = services_.driverFactory();
   StopSignals signals;
-  const auto start = std::chrono::steady_clock::now();
   try {
     LiveRun run(*driver, *reader, options.app);
     run.begin();
+    // --for counts from here: a spawned daemon and the agent's start are not part of it.
+    const auto start = std::chrono::steady_clock::now();
     out_ << fmt::format(
-        "following {}: {} routes in the agent's tables, {} waiting for their interfaces or "
-        "VRF{}\n",
+        "following {}: routes in the agent's tables {}, waiting for their interfaces or VRF "
+        "{}{}\n",
         where(options.netns), run.feed().routesWritten(), run.feed().routesWaiting(),
         options.seconds > 0 ? fmt::format("; stopping after {} s", options.seconds)
                             : std::string("; Ctrl-C stops"));
@@ -81,9 +82,21 @@ int HostCli::live(const LiveOptions& options) {
       return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
     while (!interrupted && (options.seconds <= 0 || elapsed() < options.seconds)) {
-      run.waitAndApply(options.seconds > 0 ? options.seconds - elapsed() : LiveRun::kTick);
+      const LiveRun::Applied applied =
+          run.waitAndApply(options.seconds > 0 ? options.seconds - elapsed() : LiveRun::kTick);
+      if (applied.empty()) continue;
+      // One line per batch of kernel changes: what reached central state and what the FIB
+      // modules hold after the agent has worked it.
+      std::string fibs;
+      for (const auto& [module, count] : run.fibRoutes()) {
+        fibs += fmt::format("{}{} {}", fibs.empty() ? "" : ", ", module, count);
+      }
+      out_ << fmt::format("{:8.3f} s  routes +{} -{}, {} waiting; FIB modules: {}\n", elapsed(),
+                          applied.routesSet, applied.routesRemoved, run.feed().routesWaiting(),
+                          fibs);
+      out_.flush();
     }
-    out_ << fmt::format("{}: {} routes in the agent's tables, {} waiting, {} resyncs\n",
+    out_ << fmt::format("{}: routes in the agent's tables {}, waiting {}, resyncs {}\n",
                         where(options.netns), run.feed().routesWritten(),
                         run.feed().routesWaiting(), reader->resyncs());
   } catch (const std::exception& error) {

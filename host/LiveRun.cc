@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 
+#include "host/DumpLayout.h"
 #include "kernel/KernelError.h"
 
 namespace VekHost {
@@ -31,10 +32,12 @@ void LiveRun::begin() {
   for (const auto& [change, op] : first.changes) driver_.applyState(change, op);
   driver_.createAgent();
   for (const VrfAf& vrfAf : first.starts) driver_.start(vrfAf);
+  started_ = first.starts;
   driver_.settle();
 }
 
-void LiveRun::waitAndApply(double seconds) {
+LiveRun::Applied LiveRun::waitAndApply(double seconds) {
+  Applied applied;
   const double wait = std::clamp(seconds, 0.0, kTick);
   pollfd events{reader_.fd(), POLLIN, 0};
   const int ready = ::poll(&events, 1, static_cast<int>(std::lround(wait * 1000)));
@@ -42,15 +45,36 @@ void LiveRun::waitAndApply(double seconds) {
   if (ready > 0) {
     reader_.readPending();
     const auto changes = reader_.tables().takeChanges();
-    if (!changes.empty()) apply(feed_.update(reader_.tables(), changes));
+    if (!changes.empty()) applied = apply(feed_.update(reader_.tables(), changes));
   }
   driver_.settle();
+  return applied;
 }
 
-void LiveRun::apply(const KernelFeed::Update& update) {
-  for (const VrfAf& vrfAf : update.stops) driver_.stop(vrfAf);
-  for (const auto& [change, op] : update.changes) driver_.applyState(change, op);
-  for (const VrfAf& vrfAf : update.starts) driver_.start(vrfAf);
+LiveRun::Applied LiveRun::apply(const KernelFeed::Update& update) {
+  Applied applied;
+  for (const VrfAf& vrfAf : update.stops) {
+    driver_.stop(vrfAf);
+    std::erase(started_, vrfAf);
+  }
+  for (const auto& [change, op] : update.changes) {
+    driver_.applyState(change, op);
+    (op == StateOp::set ? applied.routesSet : applied.routesRemoved) += change.mroutes.size();
+  }
+  for (const VrfAf& vrfAf : update.starts) {
+    driver_.start(vrfAf);
+    started_.push_back(vrfAf);
+  }
+  return applied;
+}
+
+std::vector<std::pair<std::string, std::size_t>> LiveRun::fibRoutes() {
+  std::vector<std::pair<std::string, std::size_t>> counts;
+  for (const VrfAf& vrfAf : started_) {
+    const std::string module = DumpLayout::fibModuleName(vrfAf);
+    counts.emplace_back(module, driver_.fibRoute(module, RouteKey{"*", "224.0.0.0"}).routeCount);
+  }
+  return counts;
 }
 
 }  // namespace VekHost

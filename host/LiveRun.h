@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "host/KernelFeed.h"
 #include "host/ScenarioDriver.h"
@@ -20,21 +23,30 @@ class LiveRun {
   // Writes what the kernel holds, makes the agent, starts every VRF in every family the
   // kernel routes, and runs the agent until it has nothing more to do.
   void begin();
+  // What one wait brought: routes written (added or changed) and taken out.
+  struct Applied {
+    std::size_t routesSet = 0;
+    std::size_t routesRemoved = 0;
+    bool empty() const { return routesSet == 0 && routesRemoved == 0; }
+  };
   // Waits at most `seconds` for the kernel to say something, writes what changed, and runs
   // what the agent has to do now, timers that fell due included.
-  void waitAndApply(double seconds);
+  Applied waitAndApply(double seconds);
 
   const KernelFeed& feed() const { return feed_; }
+  // The FIB module of every VRF and family started, with the routes the data plane holds.
+  std::vector<std::pair<std::string, std::size_t>> fibRoutes();
 
   // The longest the agent's timers wait for the kernel to go quiet.
   static constexpr double kTick = 0.01;
 
  private:
-  void apply(const KernelFeed::Update& update);
+  Applied apply(const KernelFeed::Update& update);
 
   ScenarioDriver& driver_;
   Kernel::KernelReader& reader_;
   KernelFeed feed_;
+  std::vector<VrfAf> started_;
 };
 
 }  // namespace VekHost

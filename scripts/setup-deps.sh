@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build needs (with "demo", also those of the demo). Safe
+# Installs the Debian packages the build and the tests need (with "demo", also those of the
+# demos). Safe
 # to run again: it asks apt only for what is missing.
 set -euo pipefail
 
@@ -9,6 +10,8 @@ packages=(
   libfmt-dev libspdlog-dev libyaml-cpp-dev libcli11-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   iproute2
+  # The kernel tests and the live demo run a static multicast routing daemon in a namespace.
+  smcroute
 )
 # The demo draws the data plane with graphviz; the tests do not need it.
 if [ "${1:-}" = demo ]; then packages+=(graphviz); fi

@@ -9,6 +9,7 @@
 #include <optional>
 #include <thread>
 
+#include "host/DumpLayout.h"
 #include "host/LiveRun.h"
 #include "host/PluginDriver.h"
 #include "kernel/KernelReader.h"
@@ -62,12 +63,12 @@ class LiveNetnsTest : public ::testing::Test {
       for (const auto& [key, route] : body["table"]["routes"].items()) {
         const auto comma = key.find(',');
         std::vector<std::string> oifs;
-        for (const auto& gate : route.at("gates")) {
-          oifs.push_back(Lanx::IntfId(std::stoull(gate.at("intfId").get<std::string>())).name());
+        for (std::uint64_t oif : DumpLayout::routeOifs(route)) {
+          oifs.push_back(Lanx::IntfId(oif).name());
         }
         std::sort(oifs.begin(), oifs.end());
         routes.emplace(v4 ? "ipv4" : "ipv6", key.substr(0, comma), key.substr(comma + 1),
-                       Lanx::IntfId(std::stoull(route.at("iif").get<std::string>())).name(),
+                       Lanx::IntfId(DumpLayout::routeIif(route).value_or(0)).name(),
                        std::move(oifs));
       }
     }
