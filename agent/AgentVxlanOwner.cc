@@ -25,6 +25,10 @@ bool AgentVxlanOwner::kernelDeviceIsUp(std::string_view deviceName) const {
   return agent_->fabricDeviceControl()->kernelDeviceIsUp(deviceName);
 }
 
+void AgentVxlanOwner::reviewRoutes(const L3::VrfName& vrf, Lanx::AddressFamily af) {
+  if (const auto& sm = agent_->vrfPipelineControl()->mfibSm(vrf, af)) sm->doReviewAllRoutes();
+}
+
 void AgentVxlanOwner::handleFwdDevStateSm() { agent_->fabricDeviceControl()->handleFwdDevStateSm(); }
 
 void AgentVxlanOwner::doMaybeCreateAndAttachFabricTx() {

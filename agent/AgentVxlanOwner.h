@@ -22,6 +22,7 @@ class AgentVxlanOwner final : public VekMVxlan::VxlanPipelineOwner {
   const MfibModules& mfibModules(Lanx::AddressFamily af) const override;
   Vrf::VrfIdMap::VrfId curVrfNameToId(const L3::VrfName& vrf) const override;
   bool kernelDeviceIsUp(std::string_view deviceName) const override;
+  void reviewRoutes(const L3::VrfName& vrf, Lanx::AddressFamily af) override;
   void handleFwdDevStateSm() override;
   void doMaybeCreateAndAttachFabricTx() override;
   void attachMcastVxlanRxSetTasks(const Lumo::Ptr<McastL2VxlanRxSet>& set) override;

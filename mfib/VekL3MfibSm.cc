@@ -78,6 +78,12 @@ void VekL3MfibSm::doKickReview() {
   if (initialized() && task_) task_->scheduleTask();
 }
 
+void VekL3MfibSm::doReviewAllRoutes() {
+  bookmarkDel();
+  reviewedOnce_.is(*this, false);
+  doKickReview();
+}
+
 void VekL3MfibSm::handleTask() {
   if (!initialized() || !mfibVrfAdapter()) return;
   handleAllRoutes();

@@ -154,6 +154,9 @@ class VekL3MfibSm : public Qel::StateMachine {
   void handleKernelMfibConfigDel();
   void handleTask();
   void doKickReview();
+  // Walks every route again and sends it: what a route's command says changed outside the
+  // tables (the gate of an outgoing interface).
+  void doReviewAllRoutes();
   void handleInitialized() override;
 
   // Whether *,G routes are programmed: the toggle "MfaWcFwd", read once for the process.

@@ -237,7 +237,7 @@ void VxlanPipeline::doConnectMfibToVlan(AddressFamily af) {
   for (const auto* table : {igmpProxyStatus().get(), mldProxyStatus().get()}) {
     if (!table) continue;
     for (const auto& vlan : table->vlans()) {
-      mfib->intfIdToOutGateIs(Lanx::VlanIntfId::vlanIdToIntfId(vlan.key), gate);
+      doSetVlanGate(*mfib, Lanx::VlanIntfId::vlanIdToIntfId(vlan.key), gate);
     }
   }
 }

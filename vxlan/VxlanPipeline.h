@@ -212,6 +212,9 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   void mldProxyStatusDispatch(const Bridging::VlanId& vlan);
   // The default VRF's FIB module of a family, or null.
   Lumo::Ptr<VekL3Mcast::MfibAf> defaultMfib(Lanx::AddressFamily af) const;
+  // Sets or, with an invalid gate, removes a VLAN's gate entry in a FIB module; the FIB's
+  // routes are sent again if it changed.
+  void doSetVlanGate(VekL3Mcast::MfibAf& mfib, Lanx::IntfId vlanIntf, Vek::GateId gate);
   // One port command per fabric receive path.
   void sendVlanFilter(std::string_view cmd, const std::vector<std::uint32_t>& vlans);
   void doCreateL2ReceiveSet();

@@ -31,6 +31,8 @@ class VxlanPipelineOwner {
   // The VRF's software id now; none if it has none.
   virtual Vrf::VrfIdMap::VrfId curVrfNameToId(const L3::VrfName& vrf) const = 0;
   virtual bool kernelDeviceIsUp(std::string_view deviceName) const = 0;
+  // The VRF's routes of the family are sent again: the gate of an outgoing interface moved.
+  virtual void reviewRoutes(const L3::VrfName& vrf, Lanx::AddressFamily af) = 0;
 
   // The forwarding devices follow the L2 pipeline: called after it came or went.
   virtual void handleFwdDevStateSm() = 0;

@@ -115,11 +115,11 @@ void VxlanPipeline::addVlan(Bridging::VlanId vlan) {
   if (const Lumo::Ptr<L2MVxlanOut>& out = l2VxlanOutModule()) {
     if (mfib) {
       VEK_TRACE(info, " defMfibModule: {}", mfib->name());
-      mfib->intfIdToOutGateIs(vlanIntf, mfib->findGateByName(out->name(), false));
+      doSetVlanGate(*mfib, vlanIntf, mfib->findGateByName(out->name(), false));
     }
     if (mfib6) {
       VEK_TRACE(info, " defMfib6Module: {}", mfib6->name());
-      mfib6->intfIdToOutGateIs(vlanIntf, mfib6->findGateByName(out->name(), false));
+      doSetVlanGate(*mfib6, vlanIntf, mfib6->findGateByName(out->name(), false));
     }
   }
   addVlanFilterGrpc(vlan);
@@ -130,11 +130,24 @@ void VxlanPipeline::deleteVlan(Bridging::VlanId vlan) {
   const Lanx::IntfId vlanIntf = Lanx::VlanIntfId::vlanIdToIntfId(vlan);
   if (l2VxlanInModule()) deleteVlanFilterGrpc(vlan);
   for (AddressFamily af : Lanx::bothFamilies) {
-    if (const auto mfib = defaultMfib(af)) mfib->intfIdToOutGateDel(vlanIntf);
+    if (const auto mfib = defaultMfib(af)) doSetVlanGate(*mfib, vlanIntf, Vek::GateId());
   }
   const bool noProxy = (!igmpProxyStatus() || igmpProxyStatus()->empty()) &&
                        (!mldProxyStatus() || mldProxyStatus()->empty());
   if (l2VxlanInModule() && noProxy) doDeleteL2MVxlanPipeline();
+}
+
+void VxlanPipeline::doSetVlanGate(VekL3Mcast::MfibAf& mfib, Lanx::IntfId vlanIntf,
+                                  Vek::GateId gate) {
+  if (mfib.intfIdToOutGate(vlanIntf) == gate) return;
+  if (gate.isValid()) {
+    mfib.intfIdToOutGateIs(vlanIntf, gate);
+  } else {
+    mfib.intfIdToOutGateDel(vlanIntf);
+  }
+  // A route names its interfaces' gates only when it is sent: the routes that stand take
+  // the VLAN's new gate by being sent again.
+  owner_->reviewRoutes(mfib.vrfName(), mfib.af());
 }
 
 void VxlanPipeline::sendVlanFilter(std::string_view cmd, const std::vector<std::uint32_t>& vlans) {

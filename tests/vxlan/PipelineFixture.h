@@ -36,6 +36,7 @@ class FakeOwner : public VekMVxlan::VxlanPipelineOwner {
   }
   Vrf::VrfIdMap::VrfId curVrfNameToId(const L3::VrfName&) const override { return {}; }
   bool kernelDeviceIsUp(std::string_view name) const override { return name == "fabric" && fabricUp; }
+  void reviewRoutes(const L3::VrfName&, AddressFamily) override { ++routeReviews; }
   void handleFwdDevStateSm() override { steps.push_back("handleFwdDevStateSm"); }
   void doMaybeCreateAndAttachFabricTx() override {}
   void attachMcastVxlanRxSetTasks(const Lumo::Ptr<VekL3Mcast::McastL2VxlanRxSet>&) override {
@@ -60,6 +61,7 @@ class FakeOwner : public VekMVxlan::VxlanPipelineOwner {
   }
 
   bool fabricUp = true;
+  int routeReviews = 0;
   std::vector<std::string> steps;
 
  private:
