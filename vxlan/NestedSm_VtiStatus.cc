@@ -82,8 +82,14 @@ void NestedSm_VtiStatus::handleUdpPort() {
 void NestedSm_VtiStatus::handleVlanToVniMap(Bridging::VlanId vlan) {
   const Vxlan::VniExtOrNone* mapped = vtiStatus().vlanToVniMap(vlan);
   Vxlan::VniExtOrNone vni;
+  // A VLAN that moves to another VNI leaves its old one behind in the decap module.
+  Vxlan::VniExtOrNone replaced;
   if (mapped) {
     vni = *mapped;
+    if (const Vxlan::VniExtOrNone old = owner_->vlanToVniMap(vlan); !old.isNone() && old != vni) {
+      replaced = old;
+      owner_->vniToVlanMapDel(old);
+    }
     owner_->vlanToVniMapIs(vlan, vni);
     owner_->vniToVlanMapIs(vni, vlan);
   } else {
@@ -100,6 +106,7 @@ void NestedSm_VtiStatus::handleVlanToVniMap(Bridging::VlanId vlan) {
     }
   }
   if (const Lumo::Ptr<L2MVxlanOut>& out = owner_->l2VxlanOutModule()) {
+    if (!replaced.isNone()) out->deleteVni(replaced);
     if (mapped) {
       out->addVni(vni, vlan);
     } else {
