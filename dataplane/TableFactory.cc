@@ -5,6 +5,8 @@
 #include "dataplane/L2MVxlanOut.h"
 #include "dataplane/MMplsIn.h"
 #include "dataplane/MMplsOut.h"
+#include "dataplane/L3MVxlanIn.h"
+#include "dataplane/L3MVxlanOut.h"
 #include "dataplane/MetaData.h"
 #include "dataplane/Mfib.h"
 #include "dataplane/PcapPort.h"
@@ -41,6 +43,10 @@ std::unique_ptr<ModuleTable> TableFactory::moduleTable(std::uint32_t moduleClass
       return std::make_unique<MMplsIn>(context);
     case Class::mMplsOut:
       return std::make_unique<MMplsOut>(context);
+    case Class::l3MVxlanIn:
+      return std::make_unique<L3MVxlanIn>();
+    case Class::l3MVxlanOut:
+      return std::make_unique<L3MVxlanOut>(context);
     default:
       return nullptr;
   }

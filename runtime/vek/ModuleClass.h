@@ -15,6 +15,8 @@ enum ModuleClass : std::uint32_t {
   vlanMetadata = 83,
   l2MVxlanIn = 84,
   l2MVxlanOut = 85,
+  l3MVxlanIn = 86,
+  l3MVxlanOut = 87,
   txDemuxer = 105,
   igmpV2 = 120,
   mMplsIn = 140,
