@@ -43,4 +43,8 @@ void AgentVxlanOwner::attachMcastL2VxlanTxTasks(const Lumo::Ptr<McastL2VxlanTx>&
   agent_->mfibWorkerTasks()->attachMcastL2VxlanTxTasks(tx);
 }
 
+void AgentVxlanOwner::l2VxlanInModuleChanged(const Lumo::Ptr<Vek::Module>& module) {
+  if (const auto& routed = agent_->l3VxlanPipeline()) routed->l2VxlanInModuleIs(module);
+}
+
 }  // namespace VekL3Mcast

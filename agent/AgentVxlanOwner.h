@@ -27,6 +27,7 @@ class AgentVxlanOwner final : public VekMVxlan::VxlanPipelineOwner {
   void doMaybeCreateAndAttachFabricTx() override;
   void attachMcastVxlanRxSetTasks(const Lumo::Ptr<McastL2VxlanRxSet>& set) override;
   void attachMcastL2VxlanTxTasks(const Lumo::Ptr<McastL2VxlanTx>& tx) override;
+  void l2VxlanInModuleChanged(const Lumo::Ptr<Vek::Module>& module) override;
 
  private:
   MfaAgent* agent_;

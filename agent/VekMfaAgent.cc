@@ -73,6 +73,11 @@ MfaAgent::MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
 MfaAgent::~MfaAgent() {
   hasNotificationActiveIs(false);
   handleDelete();
+  if (l3VxlanPipeline_) {
+    vrfLifecycleListenerDel(*l3VxlanPipeline_);
+    l3VxlanPipeline_->hasNotificationActiveIs(false);
+    l3VxlanPipeline_ = nullptr;
+  }
   qelDoZombieReactors(true);
   moduleStatusErrorReactor_.isRegisteredIs(false);
   mfibWorkerTasks()->handleCleanup();
@@ -196,6 +201,7 @@ void MfaAgent::doMountFullAgentInputs(const Lumo::Ptr<QelSharedMem::EntityManage
     for (const auto& entry : vti.value->vrfToSbdVlanMaps()) sm->handleVrfToSBDVlan(entry.key);
   }
   vxlan.handleVxlanSwitchPktToMcastTunnelInSw();
+  doCreateL3VxlanPipeline();
 
   inputs_.routingHwRouteStatus = centralEntity<Routing::Hardware::RouteStatus>(
       entityManager(), Routing::Hardware::RouteStatus::path);
@@ -233,6 +239,31 @@ void MfaAgent::doCreateVxlanPipeline() {
       &vxlanOwner_, &inputs_, configStatusPair(), cmdConfigGroup(), vekcsd(),
       Lumo::Ptr<Lanx::PamRxBuf const>(mcastModuleManager()->rxBufSize()));
   vrfLifecycleListenerIs(*vxlan);
+}
+
+void MfaAgent::doCreateL3VxlanPipeline() {
+  const VrfPipelineControl& vrfs = *vrfPipelineControl();
+  VekMVxlan::L3VxlanPipeline::Inputs l3Inputs{
+      inputs_.vrfNameStatus,
+      inputs_.vtiStatusDir,
+      inputs_.tunnelFwdingStatus[AddressFamily::ipv4],
+      inputs_.tunnelFwdingStatus[AddressFamily::ipv6],
+      vrfs.mcastIntfRoot(AddressFamily::ipv4),
+      vrfs.mcastIntfRoot(AddressFamily::ipv6),
+      inputs_.remoteVniToVlanStaticStatus,
+      inputs_.remoteVniToVlanIrbStatus,
+      configStatusPair(),
+      vekcsd()};
+  l3VxlanPipeline_ = Lumo::makePtr<VekMVxlan::L3VxlanPipeline>(
+      std::move(l3Inputs), [this](AddressFamily af) {
+        std::vector<Lumo::Ptr<MfibAf>> fibs;
+        for (const auto& entry : vrfPipelineControl()->mfibModules(af)) fibs.push_back(entry.value);
+        return fibs;
+      });
+  l3VxlanPipeline_->hasNotificationActiveIs(true);
+  vrfLifecycleListenerIs(*l3VxlanPipeline_);
+  // The fabric may have brought the L2 encapsulation module up before the routed half came.
+  if (const auto& l2In = vxlanPipeline()->l2VxlanInModule()) l3VxlanPipeline_->l2VxlanInModuleIs(l2In);
 }
 
 void MfaAgent::doGetFamilyInputs(AddressFamily af) {

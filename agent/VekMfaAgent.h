@@ -20,6 +20,7 @@
 #include "runtime/cordex/EntityManager.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/InstantiatingAttr.h"
+#include "vxlan/L3VxlanPipeline.h"
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
 #include "runtime/qel/ValueAttr.h"
@@ -149,6 +150,10 @@ class MfaAgent : public Qel::StateMachine {
   const Lumo::Ptr<FabricDeviceControl>& fabricDeviceControl() const noexcept {
     return fabricDeviceControl_.get();
   }
+  // The routed half of the VXLAN pipeline; made once the VXLAN inputs are mounted.
+  const Lumo::Ptr<VekMVxlan::L3VxlanPipeline>& l3VxlanPipeline() const noexcept {
+    return l3VxlanPipeline_;
+  }
   // Who hears of each VRF's start, stop and id change; a listener registers once made.
   VrfLifecycleListeners& vrfLifecycleListeners() noexcept { return vrfLifecycleListeners_; }
   void vrfLifecycleListenerIs(VrfLifecycleListener& listener) {
@@ -246,6 +251,8 @@ class MfaAgent : public Qel::StateMachine {
   // The VXLAN pipeline control, from the inputs that stand once the proxy tables are
   // mounted; it joins the VRFs' lifecycle.
   void doCreateVxlanPipeline();
+  // The routed half of the VXLAN pipeline, once the VXLAN inputs stand.
+  void doCreateL3VxlanPipeline();
   // The multicast interfaces, route directory and kernel limits of a family; both agents.
   void doGetFamilyInputs(Lanx::AddressFamily af);
   // Binds the reactors that follow the status queues; binding runs them.
@@ -254,6 +261,7 @@ class MfaAgent : public Qel::StateMachine {
   const bool oru_;
   MfaInputs inputs_;
   VrfLifecycleListeners vrfLifecycleListeners_;
+  Lumo::Ptr<VekMVxlan::L3VxlanPipeline> l3VxlanPipeline_;
 
   Qel::ValueAttr<Lumo::Ptr<Cordex::EntityManager>, kEntityManager> entityManager_;
   Qel::ValueAttr<Lumo::Ptr<Vek::ModuleConfigStatusPair>, kConfigStatusPair> configStatusPair_;

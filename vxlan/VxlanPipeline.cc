@@ -244,12 +244,12 @@ void VxlanPipeline::doConnectMfibToVlan(AddressFamily af) {
 
 void VxlanPipeline::doConnectL3MVxlanInToL2MVxlanIn() {
   if (!l2VxlanInModule()) return;
-  // The L3 encapsulation modules connect through their reserved gate 2 here.
+  owner_->l2VxlanInModuleChanged(l2VxlanInModule());
 }
 
 void VxlanPipeline::doDisconnectL3MVxlanInToL2MVxlanIn() {
   if (!l2VxlanInModule()) return;
-  // The L3 encapsulation modules disconnect here.
+  owner_->l2VxlanInModuleChanged(nullptr);
 }
 
 // ---- The VRFs' life ----

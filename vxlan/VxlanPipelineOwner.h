@@ -39,6 +39,9 @@ class VxlanPipelineOwner {
   virtual void doMaybeCreateAndAttachFabricTx() = 0;
   virtual void attachMcastVxlanRxSetTasks(const Lumo::Ptr<VekL3Mcast::McastL2VxlanRxSet>& set) = 0;
   virtual void attachMcastL2VxlanTxTasks(const Lumo::Ptr<VekL3Mcast::McastL2VxlanTx>& tx) = 0;
+  // The L2 encapsulation module came (or went, with null): routed traffic from the L3
+  // encapsulation modules goes to it while it stands.
+  virtual void l2VxlanInModuleChanged(const Lumo::Ptr<Vek::Module>& /*module*/) {}
 };
 
 }  // namespace VekMVxlan

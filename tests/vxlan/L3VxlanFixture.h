@@ -10,7 +10,7 @@
 #include "runtime/state/multicast/MulticastIntfsAppDir.h"
 #include "runtime/state/multicast/MulticastIntfsAppRootSmColl.h"
 #include "runtime/state/vrf/NameToIdMapWrapper.h"
-#include "runtime/state/vxlan/VtiStatus.h"
+#include "runtime/state/vxlan/VtiStatusDir.h"
 #include "tests/dataplane/ModelFixture.h"
 #include "vxlan/L3MVxlanInSm.h"
 
@@ -92,7 +92,8 @@ struct L3VxlanWorld : DataplaneTest::ModelWorld {
   Lumo::Ptr<Vrf::VrfIdMap::NameToIdMapWrapper> nameStatus =
       Lumo::makePtr<Vrf::VrfIdMap::NameToIdMapWrapper>();
   Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap> names = Lumo::makePtr<Vrf::VrfIdMap::NameToIdMap>();
-  Lumo::Ptr<Vxlan::VtiStatus> vti = Lumo::makePtr<Vxlan::VtiStatus>(Lanx::IntfId("Vxlan1"));
+  Lumo::Ptr<Vxlan::VtiStatusDir> vtiDir = Lumo::makePtr<Vxlan::VtiStatusDir>();
+  Lumo::Ptr<Vxlan::VtiStatus> vti = vtiDir->vtiStatusIs(Lanx::IntfId("Vxlan1"));
   Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus> tunnels =
       Lumo::makePtr<Routing::Multicast::IpTunnelForwardingStatus>();
   Lumo::Ptr<Routing::Multicast::IpTunnelForwardingStatus> tunnels6 =
