@@ -162,7 +162,15 @@ void L3VxlanPipeline::doConnectMfibToL3MVxlan(Af af, const L3::VrfName& vrf) {
 void L3VxlanPipeline::doConnectL3MVxlanInToL2MVxlanIn() {
   if (!l2VxlanInModule_) return;
   for (const auto& in : {l3VxlanInModule(), l3VxlanIn6Module()}) {
-    if (in) in->connectViaReservedGates(l2VxlanInModule_, L3MVxlanIn::l2MVxlanInGate, 0);
+    if (!in || in->outGateInUse(L3MVxlanIn::l2MVxlanInGate)) continue;
+    // A module's input gate takes one link here: the second encapsulation module finds the
+    // routed gate taken and stays unlinked until input gates take several.
+    if (l2VxlanInModule_->inGateInUse(0)) {
+      VEK_TRACE(warn, "{}: the routed input gate of {} is taken", in->name(),
+                l2VxlanInModule_->name());
+      continue;
+    }
+    in->connectViaReservedGates(l2VxlanInModule_, L3MVxlanIn::l2MVxlanInGate, 0);
   }
 }
 
