@@ -2,27 +2,14 @@
 
 #include <vector>
 
-#include "runtime/lumo/Exception.h"
 #include "runtime/state/VlanIntfId.h"
 #include "runtime/trace/Trace.h"
 #include "runtime/vek/ModuleCounters.h"
 #include "vxlan/AddrBytes.h"
 #include "vxlan/ModuleCounterIds.h"
+#include "vxlan/ReactorGuard.h"
 
 namespace VekMVxlan {
-
-namespace {
-// Reactors must not throw: a bad value of central state (a VLAN interface out of range, an
-// overlong VRF name) is told and the change is dropped.
-template <typename Work>
-void guarded(std::string_view what, Work&& work) {
-  try {
-    work();
-  } catch (const Lumo::Exception& error) {
-    VEK_TRACE(err, "{}: {}", what, error.msg());
-  }
-}
-}  // namespace
 
 Lumo::String L3MVxlanInSm::moduleName(Lanx::AddressFamily af) {
   return Lumo::String(af == Lanx::AddressFamily::ipv4 ? "L3MVxlanIn" : "L3MVxlanIn6");

@@ -6,7 +6,6 @@
 
 #include "mfib/VekL3MfibModule.h"
 #include "pipeline/VrfLifecycleListener.h"
-#include "runtime/lumo/Exception.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/HashMap2018.h"
 #include "runtime/qel/InstantiatingAttr.h"
@@ -15,10 +14,10 @@
 #include "runtime/qel/StateMachine.h"
 #include "runtime/state/vxlan/RemoteVniToVlanStatus.h"
 #include "runtime/state/vxlan/VtiStatusDir.h"
-#include "runtime/trace/Trace.h"
 #include "vxlan/L3MVxlanInSm.h"
 #include "vxlan/L3VniTable.h"
 #include "vxlan/NestedSm_L3VtiStatus.h"
+#include "vxlan/ReactorGuard.h"
 #include "vxlan/VekL3MVxlanOutModule.h"
 
 namespace VekMVxlan {
@@ -101,16 +100,6 @@ class L3VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycl
   const L3VniTable& vniTable() const noexcept { return table_; }
   // The VRF id now in the name map; none if it has none.
   VrfId curVrfNameToId(const L3::VrfName& vrf) const;
-
-  // Runs one reactor's work; a bad value of central state is told and dropped.
-  template <typename Work>
-  void guarded(std::string_view what, Work&& work) {
-    try {
-      work();
-    } catch (const Lumo::Exception& error) {
-      VEK_TRACE(err, "{}: {}", what, error.msg());
-    }
-  }
 
  private:
   using InSmAttr =

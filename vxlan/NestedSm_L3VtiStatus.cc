@@ -30,7 +30,7 @@ void NestedSm_L3VtiStatus::handleInitialized() {
 
 void NestedSm_L3VtiStatus::onAttribute(Qel::AttributeId id, const void* key) {
   using Vti = Vxlan::VtiStatus;
-  owner_->guarded("VTI status", [&] {
+  guarded("VTI status", [&] {
     switch (id) {
       case Vti::kVlanToVniMap:
         owner_->handleVlanToVniMap(*this, *static_cast<const Bridging::VlanId*>(key));
