@@ -9,6 +9,7 @@
 #include <optional>
 #include <thread>
 
+#include "host/DaemonChoice.h"
 #include "host/DumpLayout.h"
 #include "host/LiveRun.h"
 #include "host/PluginDriver.h"
@@ -35,6 +36,7 @@ class LiveNetnsTest : public ::testing::Test {
     if (auto why = NetnsLab::whyNot()) GTEST_SKIP() << "kernel tests skipped: " << *why;
     lab_ = std::make_unique<NetnsLab>();
   }
+  void TearDown() override { DaemonChoice::is(""); }
 
   void follow(std::size_t receiveBytes = Kernel::NetlinkSocket::kDefaultReceiveBytes) {
     reader_ = std::make_unique<Kernel::KernelReader>(lab_->name(), receiveBytes);
@@ -129,6 +131,26 @@ TEST_F(LiveNetnsTest, ADaemonStoppedAndStartedAgainLeavesNoStaleRoute) {
   lab_->startDaemon();
   lab_->ctl("add et1 10.1.0.6 239.1.1.2 et4");
   expectSameRoutes(1);
+}
+
+TEST_F(LiveNetnsTest, ADaemonProcessFollowsAsTheModelDoes) {
+  DaemonChoice::is("spawn");
+  lab_->ctl("add et1 10.1.0.5 239.1.1.1 et3");
+  follow();
+  lab_->ctl("add et1 2001:db8::5 ff3e::1 et3 et4");
+  expectSameRoutes(2);
+}
+
+TEST_F(LiveNetnsTest, AVrfDeviceIsAVrfOfItsOwn) {
+  try {
+    lab_->ip("link add red type vrf table 10");
+  } catch (const std::exception& error) {
+    GTEST_SKIP() << "this kernel makes no VRF devices: " << error.what();
+  }
+  lab_->ip("link set red up");
+  lab_->ip("link set et3 master red");
+  follow();
+  EXPECT_TRUE(driver_.fibRoute("MfibIpv4red", RouteKey{"*", "239.1.1.1"}).moduleExists);
 }
 
 TEST_F(LiveNetnsTest, LostNotificationsAreMadeGoodByAResync) {

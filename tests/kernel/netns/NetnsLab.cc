@@ -24,6 +24,20 @@ constexpr auto kDaemonStartLimit = std::chrono::seconds(5);
 
 std::atomic<int> labsMade{0};
 
+// Namespaces of labs whose process is gone (a test stopped by its time limit) go too.
+void removeOrphans() {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator("/run/netns", error)) {
+    const std::string name = entry.path().filename().string();
+    if (!name.starts_with("vekt-")) continue;
+    const auto dash = name.find('-', 5);
+    const std::string pid = name.substr(5, dash == std::string::npos ? dash : dash - 5);
+    if (pid.empty() || pid.find_first_not_of("0123456789") != std::string::npos) continue;
+    if (std::filesystem::exists("/proc/" + pid)) continue;
+    std::system(("ip netns del " + name + " 2>/dev/null").c_str());
+  }
+}
+
 }  // namespace
 
 std::string NetnsLab::run(const std::string& command) {
@@ -52,6 +66,7 @@ std::optional<std::string> NetnsLab::whyNot() {
     return std::string("network namespaces cannot be made here: ") + error.what();
   }
   std::system(("ip netns del " + probe + " 2>/dev/null").c_str());
+  removeOrphans();
   return std::nullopt;
 }
 
