@@ -100,6 +100,13 @@ std::optional<std::string> address(Family family, std::span<const std::byte> byt
   return std::string(buffer.data());
 }
 
+// The kernel also keeps entries for any group ((*,*) with a zero group), which name no
+// multicast route of their own.
+bool multicastGroup(Family family, std::span<const std::byte> bytes) {
+  const auto first = std::to_integer<unsigned>(bytes.front());
+  return family == Family::ipv6 ? first == 0xff : (first & 0xf0) == 0xe0;
+}
+
 bool allZero(std::span<const std::byte> bytes) {
   for (std::byte b : bytes) {
     if (b != std::byte{0}) return false;
@@ -133,7 +140,7 @@ RtMessage route(const nlmsghdr& header, std::span<const std::byte> message) {
   made.key.family = family;
   made.key.table = scalar<std::uint32_t>(attrs, RTA_TABLE).value_or(rt.rtm_table);
   auto group = address(family, groupBytes->second);
-  if (!group) return Ignored{};
+  if (!group || !multicastGroup(family, groupBytes->second)) return Ignored{};
   made.key.group = *group;
   auto sourceBytes = attrs.find(RTA_SRC);
   if (sourceBytes == attrs.end() || allZero(sourceBytes->second)) {

@@ -59,12 +59,16 @@ TEST(RtMessageTest, WhatTheTablesDoNotKeepIsIgnored) {
                            .address(RTA_DST, AF_INET, "10.0.0.0")
                            .u32(RTA_IIF, 3)
                            .bytes();
+  const auto anyGroup = NetlinkMessageBuilder::route(RTM_NEWROUTE, kIpv4McastFamily)
+                            .address(RTA_DST, AF_INET, "0.0.0.0")
+                            .u32(RTA_IIF, 3)
+                            .bytes();
   auto truncated = NetlinkMessageBuilder::route(RTM_NEWROUTE, kIpv4McastFamily)
                        .address(RTA_DST, AF_INET, "239.1.1.1")
                        .u32(RTA_IIF, 3)
                        .bytes();
   truncated[truncated.size() - 8] = std::byte{0x40};  // the last attribute runs past the end
-  for (const auto& message : {unresolved, unicast, truncated}) {
+  for (const auto& message : {unresolved, unicast, anyGroup, truncated}) {
     EXPECT_TRUE(std::holds_alternative<Ignored>(decodeRtMessage(message)));
   }
 }
