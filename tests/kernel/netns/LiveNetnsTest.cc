@@ -3,6 +3,7 @@
 // with the reason elsewhere. Every wait is bounded.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -178,7 +179,13 @@ TEST_F(LiveNetnsTest, ABurstOfChangesCostsOneRouteCommandPerKey) {
   lab_->ctlBatch(burst);
   // The whole burst is in the kernel before the host reads any of it.
   const auto limit = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
-  while (lab_->kernelRoutes().size() < 50 && std::chrono::steady_clock::now() < limit) {
+  const auto wholeBurst = [this] {
+    const auto routes = lab_->kernelRoutes();
+    return routes.size() == 50 && std::all_of(routes.begin(), routes.end(), [](const auto& route) {
+             return std::get<4>(route).size() == 2;
+           });
+  };
+  while (!wholeBurst() && std::chrono::steady_clock::now() < limit) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   expectSameRoutes(50);
