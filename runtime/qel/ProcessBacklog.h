@@ -130,4 +130,18 @@ void DvBacklogTaskRunEnd(Task& task, const DvBacklogProgress& progress) {
   if (progress.pending != 0) task.scheduleTask();
 }
 
+// A backlog task's whole run handler: one processing run of `backlog` that works each key
+// with the owner's member function, then the end above.
+template <typename Task, typename Key, Qel::AttrName Name, typename Owner,
+          typename MemberFunction>
+DvBacklogProgress DvBacklogTaskRun(Task& task, Qel::BacklogAttr<Key, Name>& backlog,
+                                   Qel::Optional<Key>& bookmark, Owner* owner,
+                                   MemberFunction memberFunction) {
+  const DvBacklogProgress progress =
+      Impl::_processBacklog(backlog, bookmark, DvBacklogTaskShouldYield(task),
+                            ProcessOneBacklogElemKey(owner, memberFunction));
+  DvBacklogTaskRunEnd(task, progress);
+  return progress;
+}
+
 }  // namespace QelLumo
