@@ -105,10 +105,15 @@ void VekGmpVlanGroupMembershipSm::addVlanEthGroupToBacklog(Bridging::VlanId vlan
 }
 
 bool VekGmpVlanGroupMembershipSm::getRouterIntfTunnels(const VlanStatus& status, VtepList& list) {
+  return routerIntfTunnels(status, &list);
+}
+
+bool VekGmpVlanGroupMembershipSm::routerIntfTunnels(const VlanStatus& status, VtepList* list) {
   bool tunnelExists = false;
   for (const auto& member : status.routerIntfs()) {
     if (!isVtepTunnel(member.key)) continue;
-    addVtepOf(member.key, list);
+    if (!list) return true;
+    addVtepOf(member.key, *list);
     tunnelExists = true;
   }
   return tunnelExists;
@@ -162,8 +167,7 @@ void VekGmpVlanGroupMembershipSm::handleEthGroup(Bridging::VlanId vlan,
   const auto group = status->ethGroup(ethAddr);
   if (!group) return;
   // Router ports are part of every group's list.
-  VtepList routerVteps;
-  if (getRouterIntfTunnels(*status, routerVteps)) {
+  if (routerIntfTunnels(*status, nullptr)) {
     addVlanEthGroupToBacklog(vlan, ethAddr);
     return;
   }

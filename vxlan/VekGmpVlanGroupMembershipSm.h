@@ -94,6 +94,8 @@ class VekGmpVlanGroupMembershipSm : public Qel::StateMachine,
   // Adds the VTEPs of the VLAN's tunnel router ports to `list`; true if it has any tunnel
   // router port, even one that adds no address.
   static bool getRouterIntfTunnels(const VlanStatus& status, VtepList& list);
+  // The same; without a list it only tells whether there is a tunnel router port.
+  static bool routerIntfTunnels(const VlanStatus& status, VtepList* list);
   // Adds the VTEPs of the group's tunnel members; false if there is no such group.
   static bool getEthGroupTunnels(const VlanStatus& status, const VekGmpVlanEthGroupKey& key,
                                  VtepList& list);
