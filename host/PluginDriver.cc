@@ -7,6 +7,7 @@
 #include "dataplane/Mfib.h"
 #include "host/RunFailure.h"
 #include "runtime/dov/NoProgressException.h"
+#include "host/SnoopingStateKeys.h"
 #include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/toggle/ToggleState.h"
@@ -174,7 +175,10 @@ nlohmann::json PluginDriver::dump() {
   pump();
   if (daemon_) return daemon_->dump();
   // The model keeps its keys in the order it writes them; the checks read any order.
-  return nlohmann::json::parse(model_->dump().dump());
+  nlohmann::json dump = nlohmann::json::parse(model_->dump().dump());
+  // Tables the agent writes into central state are not the daemon's, but a run shows them.
+  dump["outputs"]["vxlanVtepVlanStatus"] = SnoopingStateKeys::vxlanVtepVlanStatusDump();
+  return dump;
 }
 
 ScenarioDriver::FibRoute PluginDriver::fibRoute(const std::string& module, const RouteKey& key) {

@@ -8,6 +8,7 @@
 
 #include "host/ScenarioValues.h"
 #include "host/VxlanStateKeys.h"
+#include "host/SnoopingStateKeys.h"
 
 namespace VekHost {
 
@@ -57,6 +58,7 @@ struct StateChange {
   std::vector<RouteTableName> tables;
   VxlanChange vxlan;  // the VXLAN, fabric and proxy keys
   std::map<uint32_t, std::string> mvpnIntfs;  // VRF id to provider interface; empty in a removal
+  SnoopingChange snoop;  // snooping, oismFloodSet, vxlanVtepVlanStatus
 };
 
 }  // namespace VekHost

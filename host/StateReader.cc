@@ -56,6 +56,9 @@ const std::vector<StateReader::Key>& StateReader::keys() {
       {"mcastIrb", &StateReader::mcastIrb},
       {"proxyVlans", &StateReader::proxyVlans},
       {"mvpnIntfs", &StateReader::mvpnIntfs},
+      {"snooping", &StateReader::snooping},
+      {"oismFloodSet", &StateReader::oismFloodSet},
+      {"vxlanVtepVlanStatus", &StateReader::vxlanVtepVlanStatus},
   };
   return table;
 }
@@ -230,6 +233,18 @@ void StateReader::mroutes(const YAML::Node& node, StateOp, StateChange& change) 
   } else {
     readEntries(node, 0);
   }
+}
+
+void StateReader::snooping(const YAML::Node& node, StateOp op, StateChange& change) const {
+  SnoopingStateKeys::readSnooping(values_, node, op, change.snoop);
+}
+
+void StateReader::oismFloodSet(const YAML::Node& node, StateOp op, StateChange& change) const {
+  SnoopingStateKeys::readOismFloodSet(node, op, change.snoop);
+}
+
+void StateReader::vxlanVtepVlanStatus(const YAML::Node& node, StateOp, StateChange& change) const {
+  SnoopingStateKeys::readVxlanVtepVlanStatus(node, change.snoop);
 }
 
 void StateReader::tables(const YAML::Node& node, StateOp, StateChange& change) const {

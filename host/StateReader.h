@@ -56,6 +56,9 @@ class StateReader {
   void mcastIrb(const YAML::Node& node, StateOp op, StateChange& change) const;
   void proxyVlans(const YAML::Node& node, StateOp op, StateChange& change) const;
   void mvpnIntfs(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void snooping(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void oismFloodSet(const YAML::Node& node, StateOp op, StateChange& change) const;
+  void vxlanVtepVlanStatus(const YAML::Node& node, StateOp op, StateChange& change) const;
 
   KernelDevice device(const YAML::Node& node, StateOp op) const;
   KernelMfibConfig mfibConfig(const YAML::Node& node) const;

@@ -62,6 +62,7 @@ void StateWriter::apply(const StateChange& change, StateOp op) {
   if (op == StateOp::remove) tables(change, op);
   VxlanStateKeys::write(store_, change.vxlan, op);
   MvpnStateKeys::write(store_, change, op);
+  SnoopingStateKeys::write(store_, change.snoop, op);
 }
 
 void StateWriter::vrfs(const StateChange& change, StateOp op) {
