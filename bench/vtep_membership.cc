@@ -57,7 +57,7 @@ std::size_t heapInUse() {
 // The far end of the channel: counts the commands by name and drops them.
 class CommandCounter : public Vek::ChannelBackend {
  public:
-  void deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink&) override {
+  void deliver(const Vek::ChannelRecord& record) override {
     if (const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record)) {
       ++byName[std::string(cmd->cmd->cmdName().view())];
     }

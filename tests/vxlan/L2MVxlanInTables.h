@@ -27,7 +27,7 @@ class L2MVxlanInTables : public Vek::ChannelBackend {
   std::map<std::string, std::size_t> commandCount;
   std::size_t commands = 0;
 
-  void deliver(const Vek::ChannelRecord& record, Vek::ChannelReplySink&) override {
+  void deliver(const Vek::ChannelRecord& record) override {
     const auto* moduleCmd = std::get_if<Vek::ModuleCmdRecord>(&record);
     if (!moduleCmd) return;
     const std::string name(moduleCmd->cmd->cmdName().view());
