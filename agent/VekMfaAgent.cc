@@ -3,12 +3,14 @@
 #include "agent/MfaToggles.h"
 #include "pipeline/ResumeAllCmd.h"
 #include "proto/bess.pb.h"
+#include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/qel/ActivityManagerConfig.h"
 #include "runtime/sharedmem/KrazMountInfo.h"
 #include "runtime/sharedmem/MountInfo.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/state/mpls/LfibStatus.h"
 #include "runtime/trace/Trace.h"
+#include "vxlan/VekMVxlanTepStep.h"
 
 namespace VekL3Mcast {
 
@@ -100,6 +102,7 @@ MfaAgent::~MfaAgent() {
   mcastIntfModuleSm_.del(*this);
   vrfPipelineControl()->doDeleteNestedMachines();
   txDemuxerL3IntfSm_.del(*this);
+  vxlanVtepVlanStatusSm_.del(*this);
 }
 
 void MfaAgent::handleInitialized() {
@@ -207,6 +210,10 @@ void MfaAgent::doMountFullAgentInputs(const Lumo::Ptr<QelSharedMem::EntityManage
       entityManager(), Routing::Hardware::RouteStatus::path);
   using Routing::Multicast::Evpn::OismFloodSet;
   inputs_.oismFloodSet = sharedEntity<OismFloodSet>(sharedMem, OismFloodSet::mountPath());
+  // The status table outlives agents: this one reconciles what an earlier one left.
+  vxlanVtepVlanStatusSm_.is(*this, inputs_.oismFloodSet,
+                            VekMVxlan::MVxlanTepStep().vxlanVtepVlanStatus(),
+                            Dov::TaskSchedulerRoot::findOrCreateScheduler());
 
   if (toggleOismMplsTunnelEnabled() || toggleMvpnVekEnabled()) doMountProviderInputs(sharedMem);
 }

@@ -39,6 +39,7 @@
 #include "runtime/vek/ModuleStatus.h"
 #include "runtime/vek/VekCommonSmData.h"
 #include "vxlan/VxlanPipeline.h"
+#include "vxlan/VekMVxlanVtepSm.h"
 
 namespace VekL3Mcast {
 
@@ -74,6 +75,7 @@ class MfaAgent : public Qel::StateMachine {
     kCmdConfigGroup,
     kTxDemuxerL3IntfSm,
     kMcastIntfModuleSm,
+    kVxlanVtepVlanStatusSm,
     kInitialized,
     kMvxlanInitialized,
     kMMplsInitialized,
@@ -220,6 +222,10 @@ class MfaAgent : public Qel::StateMachine {
   const Lumo::Ptr<McastIntfModuleSm>& mcastIntfModuleSm() const noexcept {
     return mcastIntfModuleSm_.get();
   }
+  // Keeps the VTEP VLAN status equal to the flood sets, from the mount of the flood sets on.
+  const Lumo::Ptr<VekMVxlan::VxlanVtepVlanStatusSm>& vxlanVtepVlanStatusSm() const noexcept {
+    return vxlanVtepVlanStatusSm_.get();
+  }
   const Lumo::Ptr<VekMcastL3IntfSm>& txDemuxerL3IntfSm() const noexcept {
     return txDemuxerL3IntfSm_.get();
   }
@@ -309,6 +315,11 @@ class MfaAgent : public Qel::StateMachine {
                          Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>,
                          Lumo::Ptr<IntfVlanId::Table const>, Lumo::Ptr<Qel::Clock const>>
       mcastIntfModuleSm_;
+  Qel::InstantiatingAttr<VekMVxlan::VxlanVtepVlanStatusSm, kVxlanVtepVlanStatusSm,
+                         "vxlanVtepVlanStatusSm",
+                         Lumo::Ptr<Routing::Multicast::Evpn::OismFloodSet const>,
+                         Lumo::Ptr<VekMVxlan::VxlanVtepVlanStatus>, Lumo::Ptr<Dov::TaskScheduler>>
+      vxlanVtepVlanStatusSm_;
 
   Qel::InstantiatingAttr<VekMMpls::MplsPipelineControl, kMplsPipelineControl,
                          "mplsPipelineControl",
