@@ -173,9 +173,9 @@ void PluginDriver::collectTrace() {
 
 nlohmann::json PluginDriver::dump() {
   pump();
-  if (daemon_) return daemon_->dump();
   // The model keeps its keys in the order it writes them; the checks read any order.
-  nlohmann::json dump = nlohmann::json::parse(model_->dump().dump());
+  nlohmann::json dump =
+      daemon_ ? daemon_->dump() : nlohmann::json::parse(model_->dump().dump());
   // Tables the agent writes into central state are not the daemon's, but a run shows them.
   dump["outputs"]["vxlanVtepVlanStatus"] = SnoopingStateKeys::vxlanVtepVlanStatusDump();
   return dump;
