@@ -1,5 +1,6 @@
 #include "vxlan/VxlanPipeline.h"
 
+#include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/lumo/Assert.h"
 #include "runtime/trace/Trace.h"
 #include "runtime/vek/ModuleCounters.h"
@@ -157,7 +158,7 @@ void VxlanPipeline::doCreateL2MVxlanPipeline() {
   if (Vek::isNamespaceDut()) doCreateL2Decap();
 
   updateAllVlanGroups();
-  // The snooping membership machines of both families are made here.
+  doCreateSnoopingMachines();
 
   for (const auto& member : HN_NestedSm_VtiStatus_.members()) {
     NestedSm_VtiStatus& vti = *member.value;
@@ -176,13 +177,12 @@ void VxlanPipeline::doCreateL2MVxlanPipeline() {
   }
   handleVxlanSwitchPktToMcastTunnelInSw();
   if (inputs_.bridgingConfig) in->setLocalBridgeMacAddr(inputs_.bridgingConfig->bridgeMacAddr());
-  // The flood-set machine is made here.
   doConnectL3MVxlanInToL2MVxlanIn();
 }
 
 void VxlanPipeline::doDeleteL2MVxlanPipeline() {
   VEK_TRACE(info, "Deleting the L2 VXLAN pipeline");
-  // The snooping membership machines of both families go here.
+  doDeleteSnoopingMachines();
   for (AddressFamily af : Lanx::bothFamilies) {
     const auto mfib = defaultMfib(af);
     if (!mfib) continue;
@@ -212,7 +212,39 @@ void VxlanPipeline::doDeleteL2MVxlanPipeline() {
   owner_->handleFwdDevStateSm();
   mcastL2VxlanTx_.is(*this, Lumo::Ptr<VekL3Mcast::McastL2VxlanTx>());
   mcastL2VxlanRxSet_.is(*this, Lumo::Ptr<McastL2VxlanRxSet>());
-  // The flood-set machine goes here.
+}
+
+void VxlanPipeline::doCreateSnoopingMachines() {
+  const auto scheduler = Dov::TaskSchedulerRoot::findOrCreateScheduler();
+  const auto make = [&](AddressFamily af) {
+    auto sm = Lumo::makePtr<VekL3Mcast::VekGmpVlanGroupMembershipSm>(
+        af, inputs_.gmpVlanGroupMembershipStatus[af], l2VxlanInModule(), scheduler);
+    sm->hasNotificationActiveIs(true);
+    return sm;
+  };
+  if (inputs_.gmpVlanGroupMembershipStatus.ipv4) {
+    vekGmpVlanGroup4MembershipSm_.is(*this, make(AddressFamily::ipv4));
+  }
+  if (inputs_.gmpVlanGroupMembershipStatus.ipv6) {
+    vekGmpVlanGroup6MembershipSm_.is(*this, make(AddressFamily::ipv6));
+  }
+  if (inputs_.oismFloodSet) {
+    auto floodSets = Lumo::makePtr<VekL3Mcast::VekOismFloodSetSm>(l2VxlanInModule(),
+                                                                  inputs_.oismFloodSet, scheduler);
+    floodSets->hasNotificationActiveIs(true);
+    oismFloodSetSm_.is(*this, floodSets);
+  }
+}
+
+void VxlanPipeline::doDeleteSnoopingMachines() {
+  // Quiet first, so that no pending scan sends to a module on its way out.
+  for (const auto* sm : {&vekGmpVlanGroup4MembershipSm_.get(), &vekGmpVlanGroup6MembershipSm_.get()}) {
+    if (*sm) (*sm)->hasNotificationActiveIs(false);
+  }
+  if (oismFloodSetSm_.get()) oismFloodSetSm_.get()->hasNotificationActiveIs(false);
+  vekGmpVlanGroup4MembershipSm_.is(*this, nullptr);
+  vekGmpVlanGroup6MembershipSm_.is(*this, nullptr);
+  oismFloodSetSm_.is(*this, nullptr);
 }
 
 void VxlanPipeline::doConnectMfibToL2MVxlanIn(AddressFamily af) {

@@ -30,6 +30,8 @@
 #include "runtime/vek/CmdConfigGroup.h"
 #include "runtime/vek/ModuleConfigStatusPair.h"
 #include "runtime/vek/VekCommonSmData.h"
+#include "vxlan/VekGmpVlanGroupMembershipSm.h"
+#include "vxlan/VekOismFloodSetSm.h"
 #include "vxlan/NestedSm_VlanStatus.h"
 #include "vxlan/NestedSm_VtiStatus.h"
 #include "vxlan/VekL2MVxlanInModule.h"
@@ -61,7 +63,9 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
     kSbdVlanToVrf,
     kRemoteVniToVlan,
     kVlanToOverlayGroup,
-    // The L3 side's attributes follow.
+    kGmpVlanGroup4MembershipSm,
+    kGmpVlanGroup6MembershipSm,
+    kOismFloodSetSm,
   };
 
   // Reads its inputs from `inputs`, which the agent fills as it mounts them and which
@@ -219,6 +223,10 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   void sendVlanFilter(std::string_view cmd, const std::vector<std::uint32_t>& vlans);
   void doCreateL2ReceiveSet();
   void doCreateL2Decap();
+  // The snooping and flood-set machines, made with the encapsulation module and dropped
+  // before it goes.
+  void doCreateSnoopingMachines();
+  void doDeleteSnoopingMachines();
 
   VxlanPipelineOwner* owner_;
   Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair_;
@@ -231,6 +239,12 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::McastL2VxlanTx>, kMcastL2VxlanTx> mcastL2VxlanTx_;
   Qel::ValueAttr<Lumo::Ptr<L2MVxlanIn>, kL2VxlanInModule> l2VxlanInModule_;
   Qel::ValueAttr<Lumo::Ptr<L2MVxlanOut>, kL2VxlanOutModule> l2VxlanOutModule_;
+  // Snooped membership and flood sets reach the encapsulation module while it stands.
+  Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekGmpVlanGroupMembershipSm>, kGmpVlanGroup4MembershipSm>
+      vekGmpVlanGroup4MembershipSm_;
+  Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekGmpVlanGroupMembershipSm>, kGmpVlanGroup6MembershipSm>
+      vekGmpVlanGroup6MembershipSm_;
+  Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekOismFloodSetSm>, kOismFloodSetSm> oismFloodSetSm_;
 
   Qel::HashCollectionAttr<Bridging::VlanId, Vxlan::VniExtOrNone, kVlanToVniMap> vlanToVniMap_;
   Qel::HashCollectionAttr<Vxlan::VniExtOrNone, Bridging::VlanId, kVniToVlanMap> vniToVlanMap_;
