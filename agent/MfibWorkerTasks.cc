@@ -76,19 +76,31 @@ void MfibWorkerTasks::handleResp() {
 void MfibWorkerTasks::doAttachWorkerTask(std::uint32_t worker, const TaskKind& kind,
                                          const std::string& vrf, const std::string& taskName,
                                          std::uint32_t taskId) {
-  // The reduced agent has no group of its own, so no class can be made for it.
-  if (!agent_->cmdConfigGroup()) {
-    VEK_TRACE(warn, "No command group for the traffic class of task {}", taskName);
-    return;
-  }
+  const Lumo::Ptr<Vek::CmdConfigGroup>& group = tcConfigGroup();
   const Lumo::String tcName = Vek::TcManager::getTcName(kind.tcBase(vrf), worker, kind.unit,
                                                         kind.limit);
   const auto& tcManager = agent_->vekcsd()->tcManager();
-  tcManager->createRateLimitTc(agent_->cmdConfigGroup(), tcName, "", static_cast<int>(worker),
-                               kind.unit, kind.limit, -1);
+  tcManager->createRateLimitTc(group, tcName, "", static_cast<int>(worker), kind.unit,
+                               kind.limit, -1);
   VEK_TRACE(info, " creating tcName {} and attaching to taskName {}", tcName, taskName);
-  tcManager->attachTaskToTc(agent_->cmdConfigGroup(), taskName, tcName, taskId, 1);
-  agent_->cmdConfigGroup()->enqueueVersionInc(1);
+  tcManager->attachTaskToTc(group, taskName, tcName, taskId, 1);
+  group->enqueueVersionInc(1);
+}
+
+// The full agent's group carries its classes with the rest of its commands. The reduced
+// agent has no group, so that nothing else of it reaches the daemon through one: its
+// classes get a group of their own, made at the first reply.
+const Lumo::Ptr<Vek::CmdConfigGroup>& MfibWorkerTasks::tcConfigGroup() {
+  if (const auto& group = agent_->cmdConfigGroup()) return group;
+  if (!tcConfigGroup_) {
+    const Lumo::String name(tcConfigGroupName);
+    tcConfigGroup_ = agent_->globalCmdConfig()->cmdConfigGroup(name);
+    if (!tcConfigGroup_) {
+      tcConfigGroup_ = Lumo::makePtr<Vek::CmdConfigGroup>(name);
+      agent_->globalCmdConfig()->cmdConfigGroupIs(tcConfigGroup_);
+    }
+  }
+  return tcConfigGroup_;
 }
 
 // A reply for one worker names one task, which every worker's class of the VRF takes.

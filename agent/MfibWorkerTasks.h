@@ -15,6 +15,7 @@
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
+#include "runtime/vek/CmdConfigGroup.h"
 #include "runtime/vek/Module.h"
 #include "runtime/vek/ModuleStatus.h"
 
@@ -29,6 +30,8 @@ class MfaAgent;
 // through a table that other parts put their own registrations' actions into.
 class MfibWorkerTasks : public Qel::StateMachine {
  public:
+  static constexpr std::string_view tcConfigGroupName = "mfaAgentTc";
+
   explicit MfibWorkerTasks(MfaAgent* agent);
   std::string_view typeName() const override { return "VekL3Mcast::MfibWorkerTasks"; }
 
@@ -66,7 +69,12 @@ class MfibWorkerTasks : public Qel::StateMachine {
   void doAttachWorkerTask(std::uint32_t worker, const TaskKind& kind, const std::string& vrf,
                           const std::string& taskName, std::uint32_t taskId);
 
+  // The group the rate-limiting classes go through.
+  const Lumo::Ptr<Vek::CmdConfigGroup>& tcConfigGroup();
+
   MfaAgent* agent_;
+  // The reduced agent's group for its classes, and nothing else.
+  Lumo::Ptr<Vek::CmdConfigGroup> tcConfigGroup_;
   RegistrationReplyTable registrationReplies_;
   Qel::SmSubscriber<MfibWorkerTasks> moduleStatusResponseReactor_{
       this, &Qel::reactorDispatch<MfibWorkerTasks, Vek::ModuleStatus::responseQueueAttrId,
