@@ -62,9 +62,7 @@ void McastIntfModuleSm::handleInitialized() {
   for (const auto& member : mcastIntfRoot6_->vrfSms()) {
     HN_NestedSm_McastIntfVrfSm6_.smIs(member.value);
   }
-  std::vector<Lumo::String> namespaces;
-  for (const auto& child : vrfDeviceIntfStatusDir_->children()) namespaces.push_back(child.first);
-  for (const Lumo::String& ns : namespaces) handleKernelVrfIntfStatusDir(ns);
+  doFollowNamespaces();
 
   // What an earlier run left is brought in line with the state as it is now.
   std::vector<VrfIntfPair> standing;
@@ -246,8 +244,19 @@ void McastIntfModuleSm::doIntfIdToVlanId(Lanx::IntfId intfId) {
 
 // ---- Review ----
 
+void McastIntfModuleSm::doFollowNamespaces() {
+  std::vector<Lumo::String> namespaces;
+  for (const auto& child : vrfDeviceIntfStatusDir_->children()) {
+    if (!HN_NestedSm_KernelVrfIntfStatusDir_.sm(child.first)) namespaces.push_back(child.first);
+  }
+  for (const Lumo::String& ns : namespaces) handleKernelVrfIntfStatusDir(ns);
+}
+
 void McastIntfModuleSm::handleNotificationActive() {
   if (!initialized() || isZombie()) return;
+  // A namespace whose devices came while notification was off (the default one comes as the
+  // agent starts) is followed from now on.
+  doFollowNamespaces();
   if (!changedVrfIntf_.empty() || !changedVrfIntf6_.empty()) doUpdateNextReview();
 }
 

@@ -87,6 +87,8 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   // ---- Reactors ----
 
   void handleInitialized() override;
+  // Follows every namespace with a device directory that is not followed yet.
+  void doFollowNamespaces();
   void handleClock() override;
   // A review that fell due while notification was off was spent doing nothing: the work
   // still queued asks for one again once notification is back.
