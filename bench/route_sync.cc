@@ -2,7 +2,12 @@
 // interfaces each, the route machine under the real-time scheduler and a channel whose far
 // end serialises every module command as the wire would and keeps nothing.
 //
-//   route_sync [N ...]        default: 10000 100000 1000000
+//   route_sync [--channel inproc|grpc|both] [N ...]   default: both, 10000 100000 1000000
+//
+// With grpc the far end is a daemon process of the run's own on a Unix socket, reached
+// through the host's daemon link; the CPU figures stay those of the agent thread, and the
+// wall time until the daemon has answered every command of the review gives the commands
+// per second through the channel.
 //
 // Figures per N, in ns per route:
 //   (a) review: from mfibVrfAdapterIs (which records every key of the table as changed)
@@ -25,6 +30,7 @@
 #include <string>
 #include <vector>
 
+#include "host/DaemonLink.h"
 #include "mfib/VekL3MfibModule.h"
 #include "mfib/VekL3MfibSm.h"
 #include "proto/vek.pb.h"
@@ -83,6 +89,38 @@ class WireBackend final : public Vek::ChannelBackend {
  private:
   std::string wire_;
 };
+
+// The far end as it is, with the route commands counted on the way.
+class CountingBackend final : public Vek::ChannelBackend {
+ public:
+  explicit CountingBackend(Vek::ChannelBackend& inner) : inner_(inner) {}
+  void deliver(const Vek::ChannelRecord& record) override {
+    if (!sinkGiven_) {
+      inner_.replySinkIs(&replies());
+      sinkGiven_ = true;
+    }
+    if (const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record)) {
+      const auto& name = cmd->cmd->cmdName();
+      if (name == "addMroute" || name == "deleteMroute") ++routeCommands;
+    }
+    inner_.deliver(record);
+  }
+  void flush() override { inner_.flush(); }
+  void collectReplies() override { inner_.collectReplies(); }
+  std::uint64_t routeCommands = 0;
+
+ private:
+  Vek::ChannelBackend& inner_;
+  bool sinkGiven_ = false;
+};
+
+enum class ChannelKind { inproc, grpc };
+
+double wallNow() {
+  timespec ts{};
+  clock_gettime(CLOCK_MONOTONIC, &ts);
+  return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
+}
 
 const Lanx::IntfId iif("Ethernet1");
 const Lanx::IntfId oifs[] = {Lanx::IntfId("Ethernet2"), Lanx::IntfId("Ethernet3"),
@@ -159,11 +197,17 @@ struct Figures {
     return sorted[std::min(sorted.size() - 1, sorted.size() * 999 / 1000)];
   }
   double bytesPerPendingKey = 0;
+  // grpc only: wall time from the review's start until the daemon answered all of it.
+  double reviewAnsweredWall = 0;
+  std::uint64_t reviewCommands = 0;
 };
 
-Figures run(std::uint32_t n) {
+Figures run(std::uint32_t n, ChannelKind kind) {
   Figures f;
-  WireBackend backend;
+  WireBackend wire;
+  std::unique_ptr<VekHost::DaemonLink> daemon;
+  if (kind == ChannelKind::grpc) daemon = std::make_unique<VekHost::DaemonLink>("spawn", 1);
+  CountingBackend backend(daemon ? daemon->backend() : static_cast<Vek::ChannelBackend&>(wire));
   auto channel = Lumo::makePtr<Vek::CommandChannel>();
   channel->commandLog().enabledIs(false);
   channel->backendIs(&backend);
@@ -214,13 +258,23 @@ Figures run(std::uint32_t n) {
       L3::VrfName("red"), Lanx::AddressFamily::ipv4);
   adapter->mfibVashIs(MfibAppType::pim, table);
 
+  // Everything so far (the module, its gates) answered, so the wall time below is the review's.
+  if (daemon) daemon->settle(*channel);
+
   // (a) The review, from the adapter to the last command.
+  const std::uint64_t commandsBeforeReview = backend.routeCommands;
+  const double wallStart = wallNow();
   auto start = Clock::now();
   sm->mfibVrfAdapterIs(adapter);
   drain();
   if (!sm->reviewedOnce()) std::fprintf(stderr, "review did not finish\n");
   f.review = seconds(start, reviewEnd);
   f.secondPass = seconds(reviewEnd, Clock::now());
+  if (daemon) {
+    daemon->settle(*channel);
+    f.reviewAnsweredWall = wallNow() - wallStart;
+    f.reviewCommands = backend.routeCommands - commandsBeforeReview;
+  }
   // The watch only times the review: nothing in the agent subscribes to the machine, and
   // it would otherwise hear of every changed key below.
   sm->subscriberRemove(&reviewWatch);
@@ -251,6 +305,7 @@ Figures run(std::uint32_t n) {
   drain();
   f.burst = seconds(start, Clock::now());
   f.burstCommands = backend.routeCommands - before;
+  if (daemon) daemon->settle(*channel);
 
   // Memory of the changed set: N pending keys, made directly.
   const std::size_t heapBefore = heapInUse();
@@ -280,6 +335,7 @@ Figures best(const Figures& a, const Figures& b) {
   f.runs = a.runs + b.runs;
   f.runTimes.insert(f.runTimes.end(), b.runTimes.begin(), b.runTimes.end());
   f.preemptedRuns = a.preemptedRuns + b.preemptedRuns;
+  f.reviewAnsweredWall = std::min(a.reviewAnsweredWall, b.reviewAnsweredWall);
   return f;
 }
 
@@ -290,9 +346,21 @@ int main(int argc, char** argv) {
   // back to the kernel and faulting it in again costs milliseconds a time.
   bool keepHeap = true;
   std::vector<std::uint32_t> sizes;
+  std::vector<ChannelKind> kinds{ChannelKind::inproc, ChannelKind::grpc};
   for (int i = 1; i < argc; ++i) {
-    if (std::string(argv[i]) == "--default-malloc") {
+    const std::string arg = argv[i];
+    if (arg == "--default-malloc") {
       keepHeap = false;
+    } else if (arg == "--channel" && i + 1 < argc) {
+      const std::string which = argv[++i];
+      if (which == "inproc") {
+        kinds = {ChannelKind::inproc};
+      } else if (which == "grpc") {
+        kinds = {ChannelKind::grpc};
+      } else if (which != "both") {
+        std::fprintf(stderr, "route_sync: --channel takes inproc, grpc or both\n");
+        return 2;
+      }
     } else {
       sizes.push_back(static_cast<std::uint32_t>(std::atol(argv[i])));
     }
@@ -306,16 +374,19 @@ int main(int argc, char** argv) {
   Trace::levelIs(Trace::Level::info);
   Trace::textLevelIs(Trace::Level::warn);
 
-  std::printf("channel: in-process, command log disabled, pumped after each task run; its far "
-              "end serialises every module command and keeps nothing\n");
+  std::printf("channels: in-process (its far end serialises every module command and keeps "
+              "nothing) and grpc (a daemon process of the run's own on a Unix socket, which "
+              "applies every command); command log disabled, pumped after each task run\n");
   std::printf("scheduler: real time, 1 ms share per run; traces at info (per-route ones are "
               "debug); malloc: %s\n",
               keepHeap ? "freed memory kept (mmap and trim thresholds 1 GiB)" : "defaults");
   std::printf("times: CPU time of the agent thread, best of two runs; ns per route\n\n");
-  std::printf("%9s %7s %7s %7s %9s %6s %7s %7s %12s %9s %9s\n", "routes", "(a)", "(a2)", "(b)",
+  std::printf("%-6s %9s %7s %7s %7s %9s %6s %7s %7s %12s %9s %9s\n", "chan", "routes", "(a)", "(a2)", "(b)",
               "(c)/key", "(d)", "(a)/(d)", "(b)/(d)", "(c) commands", "longest", "B/pending");
   for (std::uint32_t n : sizes) {
-    const Figures f = best(run(n), run(n));
+   for (ChannelKind kind : kinds) {
+    const Figures f = best(run(n, kind), run(n, kind));
+    std::printf("%-6s ", kind == ChannelKind::grpc ? "grpc" : "inproc");
     const double perRoute = 1e9 / n;
     const std::uint32_t keys = n / 10;
     std::printf("%9u %7.0f %7.0f %7.0f %9.0f %6.0f %7.2f %7.2f %7llu %-4s %7.2fms %9.1f\n", n,
@@ -324,11 +395,18 @@ int main(int argc, char** argv) {
                 static_cast<unsigned long long>(f.burstCommands),
                 f.burstCommands == keys ? "ok" : "BAD", f.longestRun * 1e3,
                 f.bytesPerPendingKey);
-    std::printf("%9s reactors' share of (b) %.0f ns; runs: 99.9%% within %.2f ms; %llu of %llu "
+    std::printf("%16s reactors' share of (b) %.0f ns; runs: 99.9%% within %.2f ms; %llu of %llu "
                 "preempted by the OS and left out of 'longest' (longest of those %.2f ms)\n",
                 "", f.changedReactors * perRoute, f.runTimeP999() * 1e3,
                 static_cast<unsigned long long>(f.preemptedRuns),
                 static_cast<unsigned long long>(f.runs), f.longestPreemptedRun * 1e3);
+    if (kind == ChannelKind::grpc) {
+      std::printf("%16s review answered by the daemon after %.0f ms wall: %.2f million route "
+                  "commands per second through the channel\n",
+                  "", f.reviewAnsweredWall * 1e3,
+                  static_cast<double>(f.reviewCommands) / f.reviewAnsweredWall / 1e6);
+    }
+   }
   }
   return 0;
 }

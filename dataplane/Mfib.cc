@@ -1,5 +1,7 @@
 #include "dataplane/Mfib.h"
 
+#include <algorithm>
+
 #include "dataplane/AddressText.h"
 #include "runtime/vek/ProtoJson.h"
 
@@ -149,13 +151,17 @@ std::optional<nlohmann::ordered_json> Mfib::routeDump(const std::string& key) co
 }
 
 nlohmann::ordered_json Mfib::dump() const {
-  // The routes are in key order already: they go in at the end, as a search for each key
-  // of an ordered object would make the dump quadratic.
+  // The routes go in key order, each at the end, as a search for each key of an ordered
+  // object would make the dump quadratic.
+  std::vector<const std::pair<const std::string, Route>*> sorted;
+  sorted.reserve(routes_.size());
+  for (const auto& entry : routes_) sorted.push_back(&entry);
+  std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) { return a->first < b->first; });
   nlohmann::ordered_json routes = nlohmann::ordered_json::object();
   auto& entries = static_cast<nlohmann::ordered_json::object_t::Container&>(
       routes.get_ref<nlohmann::ordered_json::object_t&>());
-  entries.reserve(routes_.size());
-  for (const auto& [key, route] : routes_) entries.emplace_back(key, routeJson(route));
+  entries.reserve(sorted.size());
+  for (const auto* entry : sorted) entries.emplace_back(entry->first, routeJson(entry->second));
   nlohmann::ordered_json intfs = nlohmann::ordered_json::array();
   for (std::uint64_t intfId : multicastIntfs_) intfs.push_back(std::to_string(intfId));
   nlohmann::ordered_json tasks = nlohmann::ordered_json::object();

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -69,7 +70,9 @@ class Mfib final : public TableWithCommands<Mfib> {
   CommandResult registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg);
 
   ModuleContext context_;
-  std::map<std::string, Route> routes_;
+  // Hashed: a daemon takes a million routes, and an ordered map of text keys spent most of
+  // each add comparing keys. The dump sorts them.
+  std::unordered_map<std::string, Route> routes_;
   std::set<std::uint64_t> multicastIntfs_;
   std::optional<std::uint32_t> maxUnresolvedCacheEntries_;
   std::optional<std::uint32_t> maxUnresolvedPktBuffers_;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,9 +44,14 @@ void DaemonProcess::start() {
   const std::string workers = std::to_string(workers_);
   std::vector<const char*> argv{path.c_str(), "--listen", address_.c_str(), "--workers",
                                 workers.c_str(), nullptr};
+  const pid_t parent = ::getpid();
   const pid_t pid = ::fork();
   if (pid < 0) throw std::runtime_error("cannot start " + path);
   if (pid == 0) {
+    // A daemon of the run's own goes with the host, also when the host is killed or crashes
+    // and no destructor runs; a host that died before this line leaves it nothing to wait for.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) ::_exit(127);
     // The daemon's own words stay out of the host's output.
     const int devNull = ::open("/dev/null", O_WRONLY);
     if (devNull >= 0) ::dup2(devNull, STDOUT_FILENO);

@@ -1,6 +1,7 @@
 #include "host/PluginDriver.h"
 
 #include <algorithm>
+#include <iostream>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -37,7 +38,15 @@ PluginDriver::PluginDriver() : library_(PluginLibrary::instance()) {
   traceMark_ = Trace::mark();
 }
 
-PluginDriver::~PluginDriver() { releaseAgent(); }
+PluginDriver::~PluginDriver() {
+  // The run's outcome is decided by now; what the agent's last commands meet on their way
+  // out is reported, and must not end the process from a destructor.
+  try {
+    releaseAgent();
+  } catch (const std::exception& error) {
+    std::cerr << "mfa-host: while the agent went: " << error.what() << '\n';
+  }
+}
 
 void PluginDriver::configure(const AgentSettings& settings) {
   for (const auto& [name, on] : settings.toggles) Toggle::overrideIs(name, on);
