@@ -26,12 +26,11 @@
 #include <vector>
 
 #include "host/ExpectationChecker.h"
+#include "host/LoaderOptions.h"
 #include "host/PluginDriver.h"
 #include "host/RunOutputs.h"
 #include "host/ScenarioLoader.h"
 #include "host/ScenarioRunner.h"
-#include "runtime/state/IntfId.h"
-#include "runtime/state/MfibAppType.h"
 #include "runtime/trace/Trace.h"
 
 namespace {
@@ -42,18 +41,6 @@ double cpuSeconds() {
   timespec ts{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
   return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
-}
-
-LoaderOptions loaderOptions() {
-  LoaderOptions options;
-  options.intfId = [](std::string_view name) -> std::optional<uint64_t> {
-    auto id = Lanx::IntfId::fromName(name);
-    return id ? std::optional(id->value()) : std::nullopt;
-  };
-  options.isRouteApp = [](std::string_view app) {
-    return Routing::Multicast::Fib::mfibAppTypeFromName(app).has_value();
-  };
-  return options;
 }
 
 std::string group(std::uint32_t i) {
@@ -100,7 +87,7 @@ struct Run {
 
 Run measure(std::uint32_t routes) {
   const std::string text = scenarioText(routes);
-  const ScenarioLoader loader(loaderOptions());
+  const ScenarioLoader loader(runtimeLoaderOptions());
   Run figures;
   const long idle = childPeak([] {});
   const long loading = childPeak([&] {
@@ -117,7 +104,7 @@ Run measure(std::uint32_t routes) {
     std::exit(1);
   }
   PluginDriver driver;
-  const RunResult result = ScenarioRunner(driver, loaderOptions().intfId).run(*loaded.scenario);
+  const RunResult result = ScenarioRunner(driver, runtimeLoaderOptions().intfId).run(*loaded.scenario);
   const std::string summary = RunOutputs::summary(driver, OutputFiles{}, {});
   figures.run = cpuSeconds() - start;
   if (result.status != RunResult::Status::passed) {
@@ -130,11 +117,11 @@ Run measure(std::uint32_t routes) {
 double expectationCost(std::uint32_t routes) {
   Trace::levelIs(Trace::Level::info);
   const std::string text = scenarioText(routes);
-  LoadResult loaded = ScenarioLoader(loaderOptions()).loadText(text, "scale.yaml");
+  LoadResult loaded = ScenarioLoader(runtimeLoaderOptions()).loadText(text, "scale.yaml");
   PluginDriver driver;
   driver.commandLogIs(false);
-  ScenarioRunner(driver, loaderOptions().intfId).run(*loaded.scenario);
-  const IntfIdEncoder encoder = loaderOptions().intfId;
+  ScenarioRunner(driver, runtimeLoaderOptions().intfId).run(*loaded.scenario);
+  const IntfIdEncoder encoder = runtimeLoaderOptions().intfId;
   constexpr int kChecks = 1000;
   double spent = 0;
   for (int i = 0; i < kChecks; ++i) {
@@ -168,6 +155,9 @@ int main(int argc, char** argv) {
     }
   }
   if (sizes.empty()) sizes = {10000, 100000};
+  // As mfa-host has it: the agent's error-level records of absent namespaces stay off the
+  // terminal.
+  Trace::textLevelIs(Trace::Level::critical);
   std::printf("%10s %10s %12s %10s %12s\n", "routes", "load s", "load B/route", "run s",
               "run/linear");
   double firstPerRoute = 0;

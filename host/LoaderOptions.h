@@ -16,4 +16,8 @@ struct LoaderOptions {
   std::function<bool(std::string_view app)> isRouteApp;
 };
 
+// Interface ids and route applications as the shared runtime has them: what mfa-host checks
+// a scenario against.
+LoaderOptions runtimeLoaderOptions();
+
 }  // namespace VekHost

@@ -1,11 +1,11 @@
 #include "host/PluginServices.h"
 
 #include <memory>
+#include <utility>
 
+#include "host/LoaderOptions.h"
 #include "host/PluginDriver.h"
 #include "host/PluginLibrary.h"
-#include "runtime/state/IntfId.h"
-#include "runtime/state/MfibAppType.h"
 
 namespace VekHost {
 
@@ -15,14 +15,9 @@ HostServices pluginServices() {
   HostServices services;
   services.driverFactory = [] { return std::make_unique<PluginDriver>(); };
   services.loadAgent = [] { PluginLibrary::instance(); };
-  services.intfId = [](std::string_view name) -> std::optional<uint64_t> {
-    auto id = Lanx::IntfId::fromName(name);
-    if (!id) return std::nullopt;
-    return id->value();
-  };
-  services.isRouteApp = [](std::string_view app) {
-    return Routing::Multicast::Fib::mfibAppTypeFromName(app).has_value();
-  };
+  LoaderOptions names = runtimeLoaderOptions();
+  services.intfId = std::move(names.intfId);
+  services.isRouteApp = std::move(names.isRouteApp);
   return services;
 }
 
