@@ -220,7 +220,11 @@ std::optional<std::string> ExpectationChecker::operator()(const CommandsExpectat
 }
 
 std::optional<std::string> ExpectationChecker::operator()(const TraceExpectation& expectation) {
-  const std::vector<std::string> records = driver_.traceSince(window_.traceMark);
+  // The host's marks of steps are not what the agent traced.
+  std::vector<std::string> records;
+  for (ScenarioDriver::TraceLine& line : driver_.traceSince(window_.traceMark)) {
+    if (!line.stepMark) records.push_back(std::move(line.text));
+  }
   auto found = std::find_if(records.begin(), records.end(), [&](const std::string& record) {
     return record.find(expectation.text) != std::string::npos;
   });

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <tuple>
 #include <utility>
 
@@ -28,6 +30,28 @@ constexpr const char* kVersion = VEK_VERSION;
 #else
 constexpr const char* kVersion = "(version unknown)";
 #endif
+
+// What reaches the terminal unless asked: the agent's own levels put records at error level
+// that are no error of a scenario (a namespace that a scenario does not have), so only the
+// worst come through; the trace file keeps everything but the finest.
+constexpr Trace::Level kTerminalLevel = Trace::Level::critical;
+
+const std::map<std::string, Trace::Level>& levelNames() {
+  static const std::map<std::string, Trace::Level> names = {
+      {"trace", Trace::Level::trace}, {"debug", Trace::Level::debug},
+      {"info", Trace::Level::info},   {"warn", Trace::Level::warn},
+      {"error", Trace::Level::err},   {"critical", Trace::Level::critical},
+      {"off", Trace::Level::off}};
+  return names;
+}
+
+// Names the level in help texts as the option takes it.
+std::string levelName(Trace::Level level) {
+  for (const auto& [name, value] : levelNames()) {
+    if (value == level) return name;
+  }
+  return "?";
+}
 
 constexpr const char* kFooter = R"(Exit status:
   0  every step ran and every expectation held
@@ -62,6 +86,20 @@ int HostCli::main(int argc, const char* const* argv) {
     runVerb->add_option(option, *file, std::string("Write ") + what + " to FILE")
         ->type_name("FILE");
   }
+  const auto levelOption = [](CLI::App* verb, const char* name, Trace::Level& level,
+                              const std::string& what) {
+    verb->add_option(name, level, what + "; default " + levelName(level))
+        ->transform(CLI::CheckedTransformer(levelNames()))
+        ->type_name("LEVEL");
+  };
+  levelOption(runVerb, "--trace-level", files.traceLevel,
+              "Keep records of LEVEL and worse in the --trace file (the marks of the steps "
+              "are always kept)");
+  Trace::Level terminalLevel = kTerminalLevel;
+  const std::string terminalHelp =
+      "Show records of LEVEL and worse on the terminal as they come (trace, debug, info, "
+      "warn, error, critical, off)";
+  levelOption(runVerb, "--terminal-level", terminalLevel, terminalHelp);
   std::string daemon;
   constexpr const char* daemonHelp =
       "Program a daemon process instead of the in-process model: unix:PATH, tcp:PORT, or "
@@ -80,6 +118,7 @@ int HostCli::main(int argc, const char* const* argv) {
       ->type_name("SECONDS")
       ->capture_default_str();
   checkVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
+  levelOption(checkVerb, "--terminal-level", terminalLevel, terminalHelp);
   LiveOptions liveOptions;
   auto* liveVerb = app.add_subcommand(
       "live", "Feed the agent from the kernel of a network namespace and follow it");
@@ -92,14 +131,18 @@ int HostCli::main(int argc, const char* const* argv) {
       ->add_option("--app", liveOptions.app, "The route application whose tables take the routes")
       ->type_name("APP")
       ->capture_default_str();
-  for (auto [option, file, what] : {std::tuple{"--log", &liveOptions.files.log, "the command log"},
-                                    std::tuple{"--dump", &liveOptions.files.dump, "the model dump"},
-                                    std::tuple{"--dot", &liveOptions.files.dot, "the data plane as DOT"},
-                                    std::tuple{"--trace", &liveOptions.files.trace, "the trace"}}) {
+  for (auto [option, file, what] :
+       {std::tuple{"--log", &liveOptions.files.log, "the command log"},
+        std::tuple{"--dump", &liveOptions.files.dump, "the model dump"},
+        std::tuple{"--dot", &liveOptions.files.dot, "the data plane as DOT"},
+        std::tuple{"--trace", &liveOptions.files.trace, "the trace"}}) {
     liveVerb->add_option(option, *file, std::string("Write ") + what + " to FILE at the end")
         ->type_name("FILE");
   }
   liveVerb->add_option("--daemon", daemon, daemonHelp)->type_name("ADDRESS");
+  levelOption(liveVerb, "--trace-level", liveOptions.files.traceLevel,
+              "Keep records of LEVEL and worse in the --trace file");
+  levelOption(liveVerb, "--terminal-level", terminalLevel, terminalHelp);
   std::vector<std::string> names;
   auto* intfVerb = app.add_subcommand("intf-id", "Print the 64-bit id of each interface name");
   intfVerb->add_option("NAME", names, "Interface names")->required()->type_name("NAME");
@@ -126,6 +169,11 @@ int HostCli::main(int argc, const char* const* argv) {
     return status == 0 ? 0 : kBadInput;
   }
   DaemonChoice::is(daemon);
+  // The agent's records are kept from the finest level any output asks for, and from
+  // debug at least, which the trace expectations read.
+  Trace::textLevelIs(terminalLevel);
+  Trace::levelIs(std::min(
+      {Trace::Level::debug, terminalLevel, files.traceLevel, liveOptions.files.traceLevel}));
   if (runVerb->parsed()) return run(scenario, files);
   if (checkVerb->parsed()) return check(scenarios, timeLimit);
   if (liveVerb->parsed()) return live(liveOptions);
@@ -176,6 +224,7 @@ int HostCli::run(const std::string& file, const OutputFiles& files) {
   AgentAssertion assertion([&](const std::string& line) {
     OutputFiles traceOnly;
     traceOnly.trace = files.trace;
+    traceOnly.traceLevel = files.traceLevel;
     if (!traceOnly.trace.empty()) RunOutputs::write(*driver, traceOnly);
     err_ << line << '\n';
     err_.flush();

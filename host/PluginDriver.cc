@@ -9,6 +9,7 @@
 #include "host/RunFailure.h"
 #include "runtime/dov/NoProgressException.h"
 #include "host/SnoopingStateKeys.h"
+#include "runtime/dov/SimulationPolicy.h"
 #include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/toggle/ToggleState.h"
@@ -32,11 +33,7 @@ std::uint8_t familyByte(Af af) {
 
 }  // namespace
 
-PluginDriver::PluginDriver() : library_(PluginLibrary::instance()) {
-  // The trace file and the expectations see every record; the terminal only the worst.
-  Trace::textLevelIs(Trace::Level::critical);
-  traceMark_ = Trace::mark();
-}
+PluginDriver::PluginDriver() : library_(PluginLibrary::instance()) { traceMark_ = Trace::mark(); }
 
 PluginDriver::~PluginDriver() {
   // The run's outcome is decided by now; what the agent's last commands meet on their way
@@ -46,6 +43,7 @@ PluginDriver::~PluginDriver() {
   } catch (const std::exception& error) {
     std::cerr << "mfa-host: while the agent went: " << error.what() << '\n';
   }
+  Trace::clockIs({});
 }
 
 void PluginDriver::configure(const AgentSettings& settings) {
@@ -58,11 +56,14 @@ void PluginDriver::configure(const AgentSettings& settings) {
   }
   scheduler_ = settings.realTimeQuantum > 0
                    ? Dov::TaskScheduler::makeRealTime(settings.realTimeQuantum)
-                   : Dov::TaskScheduler::makeSimulation(
-                         static_cast<unsigned>(settings.yieldEvery));
+                   : Dov::TaskScheduler::makeSimulation(static_cast<unsigned>(settings.yieldEvery));
   scheduler_->afterEachRunIs([this] { pump(); });
   scheduler_->noProgressLimitIs(kNoProgressRuns);
   Dov::TaskSchedulerRoot::schedulerIs(scheduler_);
+  // A simulated run's time is its clock's, and so is the time of its trace records.
+  if (Dov::SimulationPolicy* simulation = scheduler_->simulation()) {
+    Trace::clockIs([simulation] { return simulation->time(); });
+  }
 
   const auto workers = static_cast<std::uint16_t>(settings.workers);
   channel_ = Lumo::makePtr<Vek::CommandChannel>();
@@ -171,11 +172,24 @@ void PluginDriver::pump() {
   collectTrace();
 }
 
+void PluginDriver::stepBegins(const std::string& step) {
+  pump();
+  // The command log holds commands and nothing else, so the mark says where in it the
+  // step's commands begin.
+  stepMarkSequence_ = Trace::mark();
+  if (commandLogKept_) {
+    VEK_TRACE(info, "--- {} (its commands from seq {})", step, commandCount() + 1);
+  } else {
+    VEK_TRACE(info, "--- {}", step);
+  }
+  collectTrace();
+}
+
 void PluginDriver::collectTrace() {
   for (const Trace::TraceRecord& record : Trace::recordsSince(traceMark_)) {
     std::string line = record.format();
     while (!line.empty() && line.back() == '\n') line.pop_back();
-    trace_.add(std::move(line));
+    trace_.add({record.level, std::move(line), record.sequence == stepMarkSequence_});
     traceMark_ = record.sequence + 1;
   }
 }
@@ -256,7 +270,7 @@ std::size_t PluginDriver::traceCount() {
   return trace_.count();
 }
 
-std::vector<std::string> PluginDriver::traceSince(std::size_t mark) {
+std::vector<ScenarioDriver::TraceLine> PluginDriver::traceSince(std::size_t mark) {
   collectTrace();
   return trace_.since(mark);
 }

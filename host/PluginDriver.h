@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -36,6 +37,7 @@ class PluginDriver : public ScenarioDriver {
   void advance(double seconds) override;
   void restart() override;
   void failNext(const FailNextStep& failure) override;
+  void stepBegins(const std::string& step) override;
   void daemon(DaemonStep::Kind kind) override;
   std::vector<std::pair<std::string, std::string>> failuresWaiting() override;
 
@@ -50,7 +52,7 @@ class PluginDriver : public ScenarioDriver {
   std::size_t commandCount() override;
   std::vector<nlohmann::json> commandsSince(std::size_t mark) override;
   std::size_t traceCount() override;
-  std::vector<std::string> traceSince(std::size_t mark) override;
+  std::vector<TraceLine> traceSince(std::size_t mark) override;
 
  private:
   void makeAgent();
@@ -80,7 +82,9 @@ class PluginDriver : public ScenarioDriver {
   std::vector<VrfAf> started_;
   bool commandLogKept_ = true;
   std::uint64_t traceMark_ = 0;
-  MarkedLog<std::string> trace_;
+  // The trace record of the latest step mark.
+  std::uint64_t stepMarkSequence_ = UINT64_MAX;
+  MarkedLog<TraceLine> trace_;
 };
 
 }  // namespace VekHost

@@ -18,22 +18,26 @@ namespace {
 struct Output {
   const char* title;
   const std::string OutputFiles::*file;
-  std::function<void(ScenarioDriver&, std::ostream&)> write;
+  std::function<void(ScenarioDriver&, std::ostream&, const OutputFiles&)> write;
 };
 
 const std::vector<Output>& outputs() {
   static const std::vector<Output> table = {
       {"command log", &OutputFiles::log,
-       [](ScenarioDriver& driver, std::ostream& out) {
+       [](ScenarioDriver& driver, std::ostream& out, const OutputFiles&) {
          for (const nlohmann::json& record : driver.commandsSince(0)) out << record.dump() << '\n';
        }},
       {"dump", &OutputFiles::dump,
-       [](ScenarioDriver& driver, std::ostream& out) { out << driver.dump().dump(2) << '\n'; }},
+       [](ScenarioDriver& driver, std::ostream& out, const OutputFiles&) {
+         out << driver.dump().dump(2) << '\n';
+       }},
       {"dot", &OutputFiles::dot,
-       [](ScenarioDriver& driver, std::ostream& out) { out << driver.dot(); }},
+       [](ScenarioDriver& driver, std::ostream& out, const OutputFiles&) { out << driver.dot(); }},
       {"trace", &OutputFiles::trace,
-       [](ScenarioDriver& driver, std::ostream& out) {
-         for (const std::string& record : driver.traceSince(0)) out << record << '\n';
+       [](ScenarioDriver& driver, std::ostream& out, const OutputFiles& files) {
+         for (const ScenarioDriver::TraceLine& line : driver.traceSince(0)) {
+           if (line.stepMark || line.level >= files.traceLevel) out << line.text << '\n';
+         }
        }},
   };
   return table;
@@ -44,10 +48,11 @@ std::string cannotWrite(const Output& output, const std::string& name) {
 }
 
 // Writes one output; the reason it could not, or an empty text.
-std::string writeOne(ScenarioDriver& driver, const Output& output, const std::string& name) {
+std::string writeOne(ScenarioDriver& driver, const Output& output, const OutputFiles& files) {
+  const std::string& name = files.*output.file;
   errno = 0;
   std::ofstream out(name, std::ios::trunc);
-  if (out) output.write(driver, out);
+  if (out) output.write(driver, out, files);
   if (out) out.close();
   if (out) return {};
   return errno ? std::strerror(errno) : "the write failed";
@@ -60,7 +65,7 @@ std::vector<std::string> RunOutputs::write(ScenarioDriver& driver, const OutputF
   for (const Output& output : outputs()) {
     const std::string& name = files.*output.file;
     if (name.empty()) continue;
-    const std::string reason = writeOne(driver, output, name);
+    const std::string reason = writeOne(driver, output, files);
     if (!reason.empty()) problems.push_back(cannotWrite(output, name) + ": " + reason);
   }
   return problems;

@@ -14,6 +14,8 @@ struct OutputFiles {
   std::string dump;   // model dump, JSON
   std::string dot;    // data plane as DOT
   std::string trace;  // trace records, one a line
+  // The least level of a record the trace file keeps; it keeps every step mark.
+  Trace::Level traceLevel = Trace::Level::debug;
 
   // Each file with the option that names it ("--log", ...), in that order.
   std::vector<std::pair<std::string, std::string>> named() const {

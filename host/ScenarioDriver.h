@@ -11,6 +11,7 @@
 #include "host/AgentSettings.h"
 #include "host/StateChange.h"
 #include "host/Step.h"
+#include "runtime/trace/Trace.h"
 
 namespace VekHost {
 
@@ -40,6 +41,8 @@ class ScenarioDriver {
   virtual void restart() = 0;
   // The data plane refuses the next command `cmd` to `module` with `code` and `msg`.
   virtual void failNext(const FailNextStep& failure) = 0;
+  // Marks in the trace where a step begins; `step` says which ("step 3 (line 12): start").
+  virtual void stepBegins(const std::string& step) { (void)step; }
   // Kills or starts the daemon process of the run; a driver without one refuses.
   virtual void daemon(DaemonStep::Kind kind);
   // The failures of failNext whose command has not come yet, as module and command, in the
@@ -76,9 +79,15 @@ class ScenarioDriver {
   // Command-log records are numbered from 0 in channel order; a mark is a count of them.
   virtual std::size_t commandCount() = 0;
   virtual std::vector<nlohmann::json> commandsSince(std::size_t mark) = 0;
-  // The same for trace records, each one line of text.
+  // The same for trace records, each one line of text with its level. The marks of
+  // stepBegins are among them, told apart: they are the host's, not the agent's.
+  struct TraceLine {
+    Trace::Level level = Trace::Level::info;
+    std::string text;
+    bool stepMark = false;
+  };
   virtual std::size_t traceCount() = 0;
-  virtual std::vector<std::string> traceSince(std::size_t mark) = 0;
+  virtual std::vector<TraceLine> traceSince(std::size_t mark) = 0;
 };
 
 }  // namespace VekHost

@@ -13,9 +13,12 @@ namespace VekHost {
 
 namespace {
 
+std::string stepName(const Step& step) {
+  return fmt::format("step {} (line {}): {}", step.index, step.line, stepVerb(step.action));
+}
+
 std::string where(const Scenario& scenario, const Step& step) {
-  return fmt::format("{}: step {} (line {}): {}", scenario.file, step.index, step.line,
-                     stepVerb(step.action));
+  return scenario.file + ": " + stepName(step);
 }
 
 }  // namespace
@@ -58,9 +61,11 @@ RunResult ScenarioRunner::run(const Scenario& scenario) {
       if (!expect) {
         if (afterExpect) window = {driver_.commandCount(), driver_.traceCount()};
         afterExpect = false;
+        driver_.stepBegins(stepName(step));
         apply(step.action);
       } else {
         afterExpect = true;
+        driver_.stepBegins(stepName(step));
         ExpectationChecker checker(driver_, intfId_, window);
         if (auto difference = checker.check(expect->expectation)) {
           result.status = RunResult::Status::failed;

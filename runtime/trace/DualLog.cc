@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "runtime/lumo/Exception.h"
+#include "runtime/trace/Trace.h"
 #include "runtime/trace/TraceRecord.h"
 
 namespace Trace {
@@ -40,8 +41,9 @@ std::string DualLog::file() {
 
 void DualLog::sink_it_(const spdlog::details::log_msg& msg) {
   line_.clear();
-  formatTraceLine(line_, msg.level, msg.time, msg.source.filename, msg.source.line,
-                  msg.source.funcname, std::string_view(msg.payload.data(), msg.payload.size()));
+  formatTraceLine(line_, msg.level, msg.time, Impl::recordTimeSimulated(), msg.source.filename,
+                  msg.source.line, msg.source.funcname,
+                  std::string_view(msg.payload.data(), msg.payload.size()));
   std::fwrite(line_.data(), 1, line_.size(), out_);
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "runtime/trace/Trace.h"
+
 namespace Trace {
 
 void SwiftLog::capacityIs(std::size_t records) {
@@ -53,8 +55,8 @@ void SwiftLog::dumpLocked(std::FILE* out) {
 void SwiftLog::sink_it_(const spdlog::details::log_msg& msg) {
   if (capacity_ == 0) return;
   if (ring_.size() == capacity_) ring_.pop_front();
-  ring_.push_back(TraceRecord{next_++, msg.level, msg.time, msg.source.filename, msg.source.line,
-                              msg.source.funcname,
+  ring_.push_back(TraceRecord{next_++, msg.level, msg.time, Impl::recordTimeSimulated(),
+                              msg.source.filename, msg.source.line, msg.source.funcname,
                               std::string(msg.payload.data(), msg.payload.size())});
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,9 @@ using Level = spdlog::level::level_enum;
 
 namespace Impl {
 inline std::atomic<int> threshold{spdlog::level::debug};
+// For the layers: whether the record being written on this thread carries a time of the
+// host's clock (see clockIs) rather than the wall clock's.
+bool recordTimeSimulated() noexcept;
 }  // namespace Impl
 
 // Whether records of `level` are kept at all; the macro asks before it formats.
@@ -46,6 +50,10 @@ Level textLevel();
 // Sends the text layer to `path` (appending), or back to stderr with an empty path.
 void textFileIs(const std::string& path);
 void ringCapacityIs(std::size_t records);
+// Records take their time from `seconds`, a clock of the host's counted from its start (a
+// simulated clock that drives the run), instead of the wall clock; an empty function goes
+// back to the wall clock. The host clears it before the clock goes.
+void clockIs(std::function<double()> seconds);
 void dumpRing(std::FILE* out);
 
 // Reading the ring: take a mark, act, then look at what was traced since.

@@ -17,21 +17,26 @@ std::string_view baseName(const char* file) {
 }  // namespace
 
 void formatTraceLine(std::string& out, spdlog::level::level_enum level,
-                     spdlog::log_clock::time_point time, const char* file, int line,
+                     spdlog::log_clock::time_point time, bool simulated, const char* file, int line,
                      const char* function, std::string_view text) {
   using namespace std::chrono;
   const auto seconds = time_point_cast<std::chrono::seconds>(time);
   const auto micros = duration_cast<microseconds>(time - seconds).count();
+  auto at = std::back_inserter(out);
+  if (simulated) {
+    at = fmt::format_to(at, "sim {}.{:06}", seconds.time_since_epoch().count(), micros);
+  } else {
+    at = fmt::format_to(at, "{:%Y-%m-%d %H:%M:%S}.{:06}",
+                        fmt::localtime(system_clock::to_time_t(seconds)), micros);
+  }
   const auto levelName = spdlog::level::to_string_view(level);
-  fmt::format_to(std::back_inserter(out), "{:%Y-%m-%d %H:%M:%S}.{:06} {} {}:{} {}: {}\n",
-                 fmt::localtime(system_clock::to_time_t(seconds)), micros,
-                 std::string_view(levelName.data(), levelName.size()), baseName(file), line,
-                 function ? function : "", text);
+  fmt::format_to(at, " {} {}:{} {}: {}\n", std::string_view(levelName.data(), levelName.size()),
+                 baseName(file), line, function ? function : "", text);
 }
 
 std::string TraceRecord::format() const {
   std::string out;
-  formatTraceLine(out, level, time, file, line, function, text);
+  formatTraceLine(out, level, time, simulated, file, line, function, text);
   return out;
 }
 

@@ -38,7 +38,7 @@ void FakeDriver::applyState(const StateChange& change, StateOp op) {
 }
 
 void FakeDriver::createAgent() {
-  trace_.add("Init cmdConfigGroup mfaAgent");
+  trace_.add({Trace::Level::info, "Init cmdConfigGroup mfaAgent"});
   if (!DumpLayout::module(dataPlane_, "TxDemuxer")) {
     command({{"kind", "createModule"}, {"name", "TxDemuxer"}, {"class", 105}});
     dataPlane_["modules"]["TxDemuxer"] = {{"class", 105}, {"out", nlohmann::json::object()}};
@@ -48,7 +48,7 @@ void FakeDriver::createAgent() {
 void FakeDriver::start(const VrfAf& vrfAf) {
   if (!started_.insert({vrfAf.vrf, vrfAf.af}).second) return;
   const std::string name = DumpLayout::fibModuleName(vrfAf);
-  trace_.add("Create Mfib module " + name);
+  trace_.add({Trace::Level::info, "Create Mfib module " + name});
   command({{"kind", "createModule"}, {"name", name}, {"class", 26}});
   command({{"kind", "connect"}, {"from", name}, {"ogate", 4}, {"to", "TxDemuxer"}, {"igate", 0}});
   dataPlane_["modules"][name] = {{"class", 26},
@@ -106,7 +106,7 @@ void FakeDriver::moduleCmd(const std::string& module, const std::string& cmd,
 }
 
 void FakeDriver::restart() {
-  trace_.add("Cleaning up mfa agent");
+  trace_.add({Trace::Level::info, "Cleaning up mfa agent"});
   started_.clear();
   createAgent();
 }

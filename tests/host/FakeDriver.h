@@ -36,7 +36,7 @@ class FakeDriver : public ScenarioDriver {
     return commands_.since(mark);
   }
   std::size_t traceCount() override { return trace_.count(); }
-  std::vector<std::string> traceSince(std::size_t mark) override { return trace_.since(mark); }
+  std::vector<TraceLine> traceSince(std::size_t mark) override { return trace_.since(mark); }
 
   // A deterministic id for names of the usual forms.
   static IntfIdEncoder intfIdEncoder();
@@ -53,7 +53,7 @@ class FakeDriver : public ScenarioDriver {
                                {"ports", nlohmann::json::object()},
                                {"errors", nlohmann::json::array()}};
   MarkedLog<nlohmann::json> commands_;
-  MarkedLog<std::string> trace_;
+  MarkedLog<TraceLine> trace_;
 };
 
 }  // namespace VekHost

@@ -2,14 +2,18 @@
 # ended. The scenario says so in lines of its own at the top:
 #   #> exit: 2                     the exit status (required)
 #   #> says: REGEX                 a pattern the terminal output must match (any number)
+#   #> not: REGEX                  a pattern it must not match (any number)
 #   #> lines: N                    the terminal output has exactly N lines
 #   #> verb: check                 the verb (run unless given)
+#   #> args: ARGS...               more arguments, after the scenario's name
 #   #> env: NAME=VALUE             set for the run (any number); %RUNTIME% in VALUE stands
 #                                  for the path of the runtime library
 # Called as: cmake -DPROGRAM=<mfa-host> -DRUNTIME=<library> -DSCENARIO=<file> -P ...
 file(STRINGS "${SCENARIO}" header REGEX "^#> ")
 set(verb run)
 set(patterns)
+set(absent_patterns)
+set(arguments)
 set(environment)
 set(lines)
 foreach(line IN LISTS header)
@@ -17,6 +21,11 @@ foreach(line IN LISTS header)
     set(expected_status ${CMAKE_MATCH_1})
   elseif(line MATCHES "^#> says: (.*)$")
     list(APPEND patterns "${CMAKE_MATCH_1}")
+  elseif(line MATCHES "^#> not: (.*)$")
+    list(APPEND absent_patterns "${CMAKE_MATCH_1}")
+  elseif(line MATCHES "^#> args: (.*)$")
+    separate_arguments(more UNIX_COMMAND "${CMAKE_MATCH_1}")
+    list(APPEND arguments ${more})
   elseif(line MATCHES "^#> lines: ([0-9]+)$")
     set(lines ${CMAKE_MATCH_1})
   elseif(line MATCHES "^#> verb: ([a-z-]+)$")
@@ -34,6 +43,7 @@ endif()
 
 get_filename_component(workdir "${SCENARIO}" DIRECTORY)
 execute_process(COMMAND ${CMAKE_COMMAND} -E env ${environment} ${PROGRAM} ${verb} ${SCENARIO}
+                        ${arguments}
                 WORKING_DIRECTORY ${workdir}
                 RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 60)
 set(output "${out}${err}")
@@ -43,6 +53,11 @@ endif()
 foreach(pattern IN LISTS patterns)
   if(NOT output MATCHES "${pattern}")
     message(FATAL_ERROR "the output does not match '${pattern}':\n${output}")
+  endif()
+endforeach()
+foreach(pattern IN LISTS absent_patterns)
+  if(output MATCHES "${pattern}")
+    message(FATAL_ERROR "the output matches '${pattern}', which it must not:\n${output}")
   endif()
 endforeach()
 if(lines)

@@ -19,6 +19,7 @@ class TraceTest : public ::testing::Test {
     Trace::textLevelIs(spdlog::level::warn);
     Trace::textFileIs("");
     Trace::ringCapacityIs(8192);
+    Trace::clockIs({});
   }
 };
 
@@ -42,6 +43,24 @@ TEST_F(TraceTest, RecordsCarryPlaceAndSignatureAndCanBeReadSinceAMark) {
 
   EXPECT_TRUE(Trace::contains("PimRegRx( 1 )"));
   EXPECT_FALSE(Trace::contains("PimRegRx( 1 )", mark));
+}
+
+TEST_F(TraceTest, RecordsTakeTheHostsClockWhileItGivesOne) {
+  double now = 2.5;
+  Trace::clockIs([&now] { return now; });
+  const auto mark = Trace::mark();
+  tracedHere(3);
+  now = 0.000002;
+  tracedHere(4);
+  Trace::clockIs({});
+  tracedHere(5);
+  const auto records = Trace::recordsSince(mark);
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_EQ(records[0].format().rfind("sim 2.500000 info TraceTest.cc:", 0), 0u)
+      << records[0].format();
+  EXPECT_EQ(records[1].format().rfind("sim 0.000002 info ", 0), 0u) << records[1].format();
+  EXPECT_FALSE(records[2].simulated);
+  EXPECT_NE(records[2].format().substr(0, 4), "sim ") << records[2].format();
 }
 
 TEST_F(TraceTest, LevelsBelowTheThresholdAreNeitherFormattedNorKept) {
