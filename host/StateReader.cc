@@ -1,7 +1,10 @@
 #include "host/StateReader.h"
 
+#include <fmt/format.h>
+
 #include <functional>
 #include <map>
+#include <unordered_map>
 #include <tuple>
 
 #include "host/MvpnStateKeys.h"
@@ -205,8 +208,9 @@ Mroute StateReader::mroute(const YAML::Node& node) const {
 
 void StateReader::mroutes(const YAML::Node& node, StateOp, StateChange& change) const {
   YamlReader::requireList(node, "mroutes");
-  // One list writes a route once: a second entry for a key would silently win.
-  std::map<std::tuple<std::string, Af, std::string, std::string>, int> firstLine;
+  // One list writes a route once: a second entry for a key would silently win. Hashed, as
+  // lists run to millions of routes and an ordered tree costs a climb per route.
+  std::unordered_map<std::string, int> firstLine;
   auto readEntries = [&](const YAML::Node& list, int linesBefore) {
     for (const YAML::Node& element : list) {
       Mroute route;
@@ -217,7 +221,8 @@ void StateReader::mroutes(const YAML::Node& node, StateOp, StateChange& change) 
       }
       route.table.line += linesBefore;
       const auto [it, first] = firstLine.try_emplace(
-          {route.table.vrfAf.vrf, route.table.vrfAf.af, route.table.app, route.key.text()},
+          fmt::format("{}\n{}\n{}\n{}", route.table.vrfAf.vrf, static_cast<int>(route.table.vrfAf.af),
+                      route.table.app, route.key.text()),
           route.table.line);
       if (!first) {
         throw LoadError(route.table.line, "route " + route.key.text() + " of " + route.table.app +
