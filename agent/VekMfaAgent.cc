@@ -266,7 +266,8 @@ void MfaAgent::doCreateL3VxlanPipeline() {
         std::vector<Lumo::Ptr<MfibAf>> fibs;
         for (const auto& entry : vrfPipelineControl()->mfibModules(af)) fibs.push_back(entry.value);
         return fibs;
-      });
+      },
+      [this](const L3::VrfName& vrf, AddressFamily af) { vxlanOwner_.reviewRoutes(vrf, af); });
   l3VxlanPipeline_->hasNotificationActiveIs(true);
   vrfLifecycleListenerIs(*l3VxlanPipeline_);
   // The fabric may have brought the L2 encapsulation module up before the routed half came.

@@ -26,7 +26,9 @@ struct DaemonModule {
   std::uint32_t reservedOut = 0;
   std::shared_ptr<const google::protobuf::Message> init;
   std::map<std::uint32_t, GateEnd> out;  // output gate -> the module and input gate it feeds
-  std::map<std::uint32_t, GateEnd> in;   // input gate -> the module and output gate feeding it
+  // input gate -> the modules and output gates feeding it; only a reserved input gate has
+  // more than one
+  std::multimap<std::uint32_t, GateEnd> in;
   std::map<std::string, std::uint32_t> counters;  // name -> id
   std::unique_ptr<ModuleTable> table;
 };

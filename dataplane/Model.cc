@@ -164,12 +164,28 @@ CommandResult Model::apply(const Vek::CreateModuleRecord& r) {
   return CommandResult::ok();
 }
 
+namespace {
+
+// Takes one feeder's link off an input gate; the gate's other feeders keep theirs.
+void dropInLink(DaemonModule& to, std::uint32_t igate, const std::string& from,
+                std::uint32_t ogate) {
+  auto [first, last] = to.in.equal_range(igate);
+  for (auto link = first; link != last; ++link) {
+    if (link->second.module == from && link->second.gate == ogate) {
+      to.in.erase(link);
+      return;
+    }
+  }
+}
+
+}  // namespace
+
 CommandResult Model::apply(const Vek::DestroyModuleRecord& r) {
   auto it = modules_.find(r.name.str());
   if (it == modules_.end()) return unknownModule(r.name);
   // Its links go with it.
   for (const auto& [ogate, to] : it->second.out) {
-    if (to.module != it->first) modules_[to.module].in.erase(to.gate);
+    if (to.module != it->first) dropInLink(modules_[to.module], to.gate, it->first, ogate);
   }
   for (const auto& [igate, from] : it->second.in) {
     if (from.module != it->first) modules_[from.module].out.erase(from.gate);
@@ -196,11 +212,11 @@ CommandResult Model::apply(const Vek::ConnectRecord& r) {
     return CommandResult::error(EBUSY,
                                 fmt::format("output gate {} of {} is linked", r.ogate, r.from));
   }
-  if (to->in.contains(r.igate)) {
+  if (r.igate >= to->reservedIn && to->in.contains(r.igate)) {
     return CommandResult::error(EBUSY, fmt::format("input gate {} of {} is linked", r.igate, r.to));
   }
   from->out[r.ogate] = GateEnd{r.to.str(), r.igate};
-  to->in[r.igate] = GateEnd{r.from.str(), r.ogate};
+  to->in.emplace(r.igate, GateEnd{r.from.str(), r.ogate});
   return CommandResult::ok();
 }
 
@@ -214,7 +230,7 @@ CommandResult Model::apply(const Vek::DisconnectRecord& r) {
         ENOENT, fmt::format("no link {}:{} -> {}:{}", r.from, r.ogate, r.to, r.igate));
   }
   from->out.erase(link);
-  if (DaemonModule* to = findModule(r.to)) to->in.erase(r.igate);
+  if (DaemonModule* to = findModule(r.to)) dropInLink(*to, r.igate, r.from.str(), r.ogate);
   return CommandResult::ok();
 }
 

@@ -5,8 +5,8 @@
 
 namespace VekMVxlan {
 
-L3VxlanPipeline::L3VxlanPipeline(Inputs inputs, Fibs fibs)
-    : inputs_(std::move(inputs)), fibs_(std::move(fibs)) {
+L3VxlanPipeline::L3VxlanPipeline(Inputs inputs, Fibs fibs, ReviewRoutes reviewRoutes)
+    : inputs_(std::move(inputs)), fibs_(std::move(fibs)), reviewRoutes_(std::move(reviewRoutes)) {
   QEL_ASSERT(inputs_.vrfNameStatus && inputs_.vtiStatusDir && inputs_.tunnelFwdingStatus4 &&
                  inputs_.tunnelFwdingStatus6 && inputs_.mcastIntfRoot && inputs_.mcastIntfRoot6,
              "L3VxlanPipeline needs its inputs");
@@ -147,7 +147,7 @@ void L3VxlanPipeline::doConnectMfibToL3MVxlan(Af af, const L3::VrfName& vrf) {
       if (auto in4 = l3VxlanInModule()) in4->connectViaReservedGate(mfib, gate);
       if (auto in6 = l3VxlanIn6Module()) in6->connectViaReservedGate(mfib, gate);
     } else {
-      mfib->connectViaReservedGate(in, fibToInGate);
+      mfib->connectViaReservedGates(in, fibToInGate, L3MVxlanIn::tenantFibInGate);
       l3VxlanOutModule_->connectModule(mfib);
       const VrfId id = lastVrfId(vrf);
       if (!id.isNone()) {
@@ -162,15 +162,8 @@ void L3VxlanPipeline::doConnectMfibToL3MVxlan(Af af, const L3::VrfName& vrf) {
 void L3VxlanPipeline::doConnectL3MVxlanInToL2MVxlanIn() {
   if (!l2VxlanInModule_) return;
   for (const auto& in : {l3VxlanInModule(), l3VxlanIn6Module()}) {
-    if (!in || in->outGateInUse(L3MVxlanIn::l2MVxlanInGate)) continue;
-    // A module's input gate takes one link here: the second encapsulation module finds the
-    // routed gate taken and stays unlinked until input gates take several.
-    if (l2VxlanInModule_->inGateInUse(0)) {
-      VEK_TRACE(warn, "{}: the routed input gate of {} is taken", in->name(),
-                l2VxlanInModule_->name());
-      continue;
-    }
-    in->connectViaReservedGates(l2VxlanInModule_, L3MVxlanIn::l2MVxlanInGate, 0);
+    // Both families' routed traffic meets at the one routed input gate.
+    if (in) in->connectViaReservedGates(l2VxlanInModule_, L3MVxlanIn::l2MVxlanInGate, 0);
   }
 }
 

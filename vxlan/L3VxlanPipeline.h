@@ -30,12 +30,16 @@ namespace VekMVxlan {
 //
 // It hears the VTIs, the remote VNI tables and the VRF name map itself; of the agent it
 // needs the FIB modules (`fibs`), a VRF's start, stop and id change (it is a VRF-lifecycle
-// listener) and the L2 encapsulation module while it stands (`l2VxlanInModuleIs`).
+// listener), the L2 encapsulation module while it stands (`l2VxlanInModuleIs`), and a way
+// to have a FIB's routes sent again when an SBD VLAN comes to it or leaves it
+// (`reviewRoutes`), as a route's gate for that interface changes with it.
 class L3VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleListener {
  public:
   using Af = Lanx::AddressFamily;
   using VrfId = Vrf::VrfIdMap::VrfId;
   using Fibs = std::function<std::vector<Lumo::Ptr<VekL3Mcast::MfibAf>>(Af)>;
+  // Has a VRF's routes of a family sent again: their gates changed outside the tables.
+  using ReviewRoutes = std::function<void(const L3::VrfName&, Af)>;
   struct Inputs {
     Lumo::Ptr<Vrf::VrfIdMap::NameToIdMapWrapper const> vrfNameStatus;
     Lumo::Ptr<Vxlan::VtiStatusDir const> vtiStatusDir;
@@ -56,7 +60,7 @@ class L3VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycl
   static constexpr std::uint32_t fibToOutGate = 2;
   static constexpr std::uint32_t fibToInGate = 1;
 
-  L3VxlanPipeline(Inputs inputs, Fibs fibs);
+  L3VxlanPipeline(Inputs inputs, Fibs fibs, ReviewRoutes reviewRoutes = {});
   ~L3VxlanPipeline() override;
   std::string_view typeName() const override { return "VekMVxlan::L3VxlanPipeline"; }
 
@@ -119,6 +123,8 @@ class L3VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycl
   // The decapsulation module's gate to the VRF's FIB of the family, under the VRF's id.
   void doOGateEntries(const L3::VrfName& vrf, VrfId oldId, VrfId newId);
   void doSbdVlanIntfs(const Lumo::Ptr<VekL3Mcast::MfibAf>& mfib);
+  // Adds or takes out an SBD interface of a FIB; its routes are sent again if that changed.
+  void doSbdVlanIntf(VekL3Mcast::MfibAf& mfib, Bridging::VlanId sbd, bool present);
   void doCreateInSms(const Lumo::Ptr<Vxlan::VtiStatus const>& vti);
   VrfId lastVrfId(const L3::VrfName& vrf) const;
   void remoteVniScan(const Vxlan::RemoteVniToVlanStatus* status, Bridging::VlanId sbd,
@@ -126,6 +132,7 @@ class L3VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycl
 
   Inputs inputs_;
   Fibs fibs_;
+  ReviewRoutes reviewRoutes_;
   L3VniTable table_;
   // The VRF ids the decapsulation module was last told, so that a change can take back the
   // old one.

@@ -57,11 +57,22 @@ void L3VxlanPipeline::doSbdVlanIntfs(const Lumo::Ptr<VekL3Mcast::MfibAf>& mfib) 
   // default VRF's FIB hands the underlay traffic of any of them to the decapsulation module.
   for (const auto& vti : inputs_.vtiStatusDir->vtiStatuses()) {
     for (const auto& entry : vti.value->vrfToSbdVlanMaps()) {
-      if (!entry.value.isNone()) {
-        mfib->sbdVlanIntfIdIs(Lanx::VlanIntfId::vlanIdToIntfId(entry.value.vlanId()));
-      }
+      if (!entry.value.isNone()) doSbdVlanIntf(*mfib, entry.value.vlanId(), true);
     }
   }
+}
+
+void L3VxlanPipeline::doSbdVlanIntf(VekL3Mcast::MfibAf& mfib, Bridging::VlanId sbd,
+                                    bool present) {
+  const Lanx::IntfId intf = Lanx::VlanIntfId::vlanIdToIntfId(sbd);
+  if (mfib.sbdVlanIntfIdHas(intf) == present) return;
+  if (present) {
+    mfib.sbdVlanIntfIdIs(intf);
+  } else {
+    mfib.sbdVlanIntfIdDel(intf);
+  }
+  // Routes already sent with the interface carry the gate it had before.
+  if (reviewRoutes_) reviewRoutes_(mfib.vrfName(), mfib.af());
 }
 
 void L3VxlanPipeline::handleVrfToSBDVlan(const L3::VrfName& vrf) {
@@ -70,15 +81,11 @@ void L3VxlanPipeline::handleVrfToSBDVlan(const L3::VrfName& vrf) {
   const Bridging::VlanIdOrNone sbd = mapped ? *mapped : Bridging::VlanIdOrNone();
   const Bridging::VlanIdOrNone old = table_.vrfToSBDVlanDel(vrf);
   if (!old.isNone() && old != sbd) {
-    for (const auto& mfib : allFibs()) {
-      mfib->sbdVlanIntfIdDel(Lanx::VlanIntfId::vlanIdToIntfId(old.vlanId()));
-    }
+    for (const auto& mfib : allFibs()) doSbdVlanIntf(*mfib, old.vlanId(), false);
   }
   if (!sbd.isNone()) {
     table_.vrfToSBDVlanIs(vrf, sbd.vlanId());
-    for (const auto& mfib : allFibs()) {
-      mfib->sbdVlanIntfIdIs(Lanx::VlanIntfId::vlanIdToIntfId(sbd.vlanId()));
-    }
+    for (const auto& mfib : allFibs()) doSbdVlanIntf(*mfib, sbd.vlanId(), true);
     if (!l3VxlanInModule() || !l3VxlanIn6Module()) doCreateL3MVxlanPipeline();
   }
   if (l3VxlanOutModule_) {

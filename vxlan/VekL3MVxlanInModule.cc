@@ -37,8 +37,8 @@ vek::pb::VrfOverlayToUnderlayGroupArg* groupArg(Vrf::VrfIdMap::VrfId vrfId) {
 
 L3MVxlanIn::L3MVxlanIn(Lumo::String name, std::uint32_t maxInGate, std::uint32_t maxOutGate,
                        Lumo::Ptr<Vek::ModuleConfigStatusPair> modulePair)
-    : Vek::Module(std::move(name), Vek::VekModule::l3MVxlanIn, maxInGate, maxOutGate, 0,
-                  reservedOutGates, nullptr, std::move(modulePair)) {}
+    : Vek::Module(std::move(name), Vek::VekModule::l3MVxlanIn, maxInGate, maxOutGate,
+                  reservedInGates, reservedOutGates, nullptr, std::move(modulePair)) {}
 
 void L3MVxlanIn::setVxlanDestPort(std::uint16_t port) {
   enqueueModuleCmd(*this, "setVxlanDestPort", udpPortArg(port));

@@ -19,10 +19,13 @@ namespace VekMVxlan {
 
 // The proxy of the module that puts routed overlay multicast of a VRF into the underlay
 // with a VXLAN header. Reserved output gates 0 and 1 lead to the default VRF's FIB of each
-// family, gate 2 to the L2 encapsulation module. It keeps no state: its owner sends what
-// the module has to hold.
+// family, gate 2 to the L2 encapsulation module. Its input gates are reserved: the FIBs of
+// all tenant VRFs of its family meet at input gate 0, so any number of VRFs feed it. It
+// keeps no state: its owner sends what the module has to hold.
 class L3MVxlanIn : public Vek::Module {
  public:
+  static constexpr std::uint32_t reservedInGates = 2;
+  static constexpr std::uint32_t tenantFibInGate = 0;
   static constexpr std::uint32_t reservedOutGates = 3;
   static constexpr std::uint32_t l2MVxlanInGate = 2;
   // The names of the counters, in the order setCounterIds takes them.

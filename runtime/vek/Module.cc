@@ -102,16 +102,17 @@ void Module::connectViaReservedGates(const Lumo::Ptr<Module>& next, std::uint32_
                "output gate already connected elsewhere");
     return;
   }
-  QEL_ASSERT(!next->inLinks_.contains(inGate), "input gate already connected");
+  QEL_ASSERT(inGate < next->reservedInGate() || !next->inLinks_.contains(inGate),
+             "input gate already connected");
   outGates_.take(outGate);
-  next->inGates_.take(inGate);
+  next->inGates_.take(inGate);  // a reserved gate fed already stays taken
   link(*next, outGate, inGate);
 }
 
 void Module::link(Module& next, std::uint32_t outGate, std::uint32_t inGate) {
   // The link's record creates both modules first, if they wait.
   outLinks_[outGate] = OutLink{&next, inGate};
-  next.inLinks_[inGate] = InLink{this, outGate};
+  next.inLinks_.emplace(inGate, InLink{this, outGate});
   channel()->recordIs(ConnectRecord{{name_, outGate, next.name_, inGate}});
 }
 
@@ -129,8 +130,14 @@ void Module::unlinkOut(std::map<std::uint32_t, OutLink>::iterator link) {
   const std::uint32_t inGate = link->second.igate;
   outLinks_.erase(link);
   outGates_.release(outGate);
-  next.inLinks_.erase(inGate);
-  next.inGates_.release(inGate);
+  auto [first, last] = next.inLinks_.equal_range(inGate);
+  for (auto in = first; in != last; ++in) {
+    if (in->second.from == this && in->second.ogate == outGate) {
+      next.inLinks_.erase(in);
+      break;
+    }
+  }
+  if (!next.inLinks_.contains(inGate)) next.inGates_.release(inGate);
   channel()->recordIs(DisconnectRecord{{name_, outGate, next.name_, inGate}});
 }
 

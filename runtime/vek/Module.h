@@ -64,6 +64,8 @@ class Module : public Lumo::Node {
   void connectModule(const Lumo::Ptr<Module>& next);
   // Connects through the given output gate of this module.
   void connectViaReservedGate(const Lumo::Ptr<Module>& next, std::uint32_t outGate);
+  // A reserved input gate is a meeting point: several modules may feed it, each through a
+  // link of its own. An input gate handed out by connectModule takes one link.
   void connectViaReservedGates(const Lumo::Ptr<Module>& next, std::uint32_t outGate,
                                std::uint32_t inGate);
   // Undoes every link from this module to `next`; a null `next` or no link does nothing.
@@ -78,7 +80,7 @@ class Module : public Lumo::Node {
   virtual GateId getInGateForEtherType(unsigned short etherType) const;
 
   const std::map<std::uint32_t, OutLink>& outLinks() const noexcept { return outLinks_; }
-  const std::map<std::uint32_t, InLink>& inLinks() const noexcept { return inLinks_; }
+  const std::multimap<std::uint32_t, InLink>& inLinks() const noexcept { return inLinks_; }
   bool outGateInUse(std::uint32_t gate) const { return outGates_.inUse(gate); }
   bool inGateInUse(std::uint32_t gate) const { return inGates_.inUse(gate); }
 
@@ -100,7 +102,7 @@ class Module : public Lumo::Node {
   IdAllocator inGates_;
   IdAllocator outGates_;
   std::map<std::uint32_t, OutLink> outLinks_;
-  std::map<std::uint32_t, InLink> inLinks_;
+  std::multimap<std::uint32_t, InLink> inLinks_;
   bool created_ = false;
 };
 

@@ -53,6 +53,22 @@ TEST_F(ModelTest, LinksOutOfRangeOrOnTakenGatesAreRefused) {
   EXPECT_EQ(model.module("a")->out.at(0).module, "b") << "the standing link is untouched";
 }
 
+TEST_F(ModelTest, AReservedInputGateTakesSeveralFeedersWhoLeaveOneByOne) {
+  auto meet = Lumo::makePtr<Vek::Module>("meet", Vek::VekModule::metaData, 4, 3, 1, 0, nullptr,
+                                         pair);
+  auto a = module("a", Vek::VekModule::metaData, nullptr, 3);
+  auto b = module("b", Vek::VekModule::metaData, nullptr, 3);
+  a->connectViaReservedGates(meet, 2, 0);
+  b->connectViaReservedGates(meet, 2, 0);
+  channel->pump();
+  EXPECT_EQ(model.module("meet")->in.count(0), 2u);
+  a.reset();
+  channel->pump();
+  ASSERT_EQ(model.module("meet")->in.count(0), 1u);
+  EXPECT_EQ(model.module("meet")->in.find(0)->second.module, "b");
+  EXPECT_TRUE(model.errors().empty());
+}
+
 TEST_F(ModelTest, ModulesOfUnknownClassesOrNamesInUseAreNotCreated) {
   auto first = module("dup", Vek::VekModule::metaData);
   auto second = module("dup", Vek::VekModule::igmpV2);

@@ -153,13 +153,15 @@ TEST_F(L3VxlanPipelineTest, TheL2ModuleIsLinkedWhicheverComesSecond) {
   pipeline = makePipeline();
   pipeline->l2VxlanInModuleIs(l2);
   sbd("red", 3001);
+  // Both families meet at the L2 module's routed input gate.
   EXPECT_EQ(linkOf("L3MVxlanIn", 2), "L2MVxlanIn");
-  // One link per input gate: the IPv6 module waits until input gates take several.
-  EXPECT_EQ(linkOf("L3MVxlanIn6", 2), "");
+  EXPECT_EQ(linkOf("L3MVxlanIn6", 2), "L2MVxlanIn");
   pipeline->l2VxlanInModuleIs(nullptr);
   EXPECT_EQ(linkOf("L3MVxlanIn", 2), "");
+  EXPECT_EQ(linkOf("L3MVxlanIn6", 2), "");
   pipeline->l2VxlanInModuleIs(l2);
   EXPECT_EQ(linkOf("L3MVxlanIn", 2), "L2MVxlanIn");
+  EXPECT_EQ(linkOf("L3MVxlanIn6", 2), "L2MVxlanIn");
   EXPECT_EQ(errorCount(), 0u);
 }
 

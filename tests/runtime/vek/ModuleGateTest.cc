@@ -52,6 +52,27 @@ TEST_F(ModuleGateTest, ReservedAndHeldGatesAreNeverHandedOutByTheAllocator) {
   EXPECT_FALSE(demux->outGateInUse(held.value())) << "undoing the link frees the held gate";
 }
 
+TEST_F(ModuleGateTest, AReservedInputGateTakesSeveralFeedersAndIsFreedWithTheLast) {
+  auto meet = module("meet", 1, 0);
+  auto a = module("a", 0, 3);
+  auto b = module("b", 0, 3);
+  a->connectViaReservedGates(meet, 2, 0);
+  b->connectViaReservedGates(meet, 2, 0);
+  EXPECT_EQ(meet->inLinks().count(0), 2u);
+  a->disconnectModule(meet);
+  ASSERT_EQ(meet->inLinks().count(0), 1u);
+  EXPECT_EQ(meet->inLinks().begin()->second.from, b.get()) << "the other feeder keeps its link";
+  EXPECT_TRUE(meet->inGateInUse(0));
+  b.reset();
+  EXPECT_TRUE(meet->inLinks().empty());
+  EXPECT_FALSE(meet->inGateInUse(0));
+  channel->pump();
+  EXPECT_THAT(backend.summary(),
+              ElementsAre("createModule meet", "createModule a", "createModule b",
+                          "connect a meet", "connect b meet", "disconnect a meet",
+                          "disconnect b meet", "destroyModule b"));
+}
+
 TEST_F(ModuleGateTest, DisconnectOfNothingChangesNothingAndSendsNothing) {
   auto a = module("a");
   auto b = module("b");
