@@ -69,7 +69,15 @@ void VrfIdTracker::handleVrfNameToId(const Lumo::String& name) {
   } else {
     vrfNameToIdColl()->vrfNameToIdDel(name);
   }
-  if (oldId != id) agent_->vrfLifecycleListeners().vrfIdChanged(vrf, oldId, id);
+  if (oldId == id) return;
+  if (agent_->oru()) followModuleId(vrf);
+  agent_->vrfLifecycleListeners().vrfIdChanged(vrf, oldId, id);
+}
+
+void VrfIdTracker::followModuleId(const L3::VrfName& vrf) {
+  if (const auto& manager = agent_->mcastModuleManager()) {
+    manager->igmpV2VrfIdIs(vrf, vrfIdForModules(vrf));
+  }
 }
 
 void VrfIdTracker::hwVrfIdToNameStatusIs() {
@@ -89,7 +97,10 @@ void VrfIdTracker::handleHwVrfIdToName() {
   for (const auto& entry : vrfNameToIdColl()->hwVrfNameToIds()) {
     if (status->vrfEntry(entry.value).name != entry.key) gone.push_back(entry.key);
   }
-  for (const Lumo::String& name : gone) vrfNameToIdColl()->hwVrfNameToIdDel(name);
+  for (const Lumo::String& name : gone) {
+    vrfNameToIdColl()->hwVrfNameToIdDel(name);
+    if (!agent_->oru()) followModuleId(L3::VrfName(name));
+  }
 }
 
 void VrfIdTracker::handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
@@ -103,6 +114,10 @@ void VrfIdTracker::handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
     }
     for (const Lumo::String& name : stale) vrfNameToIdColl()->hwVrfNameToIdDel(name);
     if (usable) vrfNameToIdColl()->hwVrfNameToIdIs(entry.name, id);
+    if (!agent_->oru()) {
+      for (const Lumo::String& name : stale) followModuleId(L3::VrfName(name));
+      if (usable) followModuleId(L3::VrfName(entry.name));
+    }
   } catch (const Lumo::Exception& error) {
     doCorruptionDetected(error.msg());
   }

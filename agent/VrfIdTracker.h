@@ -54,6 +54,8 @@ class VrfIdTracker : public Qel::StateMachine {
  private:
   const Lumo::Ptr<VrfNameToIdCollection>& vrfNameToIdColl() const;
   void doCorruptionDetected(const Lumo::String& msg);
+  // The modules that hold a VRF's id in a table take the id the modules use now.
+  void followModuleId(const L3::VrfName& vrf);
   void qel_VrfNameStatus_NameToIdMapInIs(
       const Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap const>& nameToIdMap);
 

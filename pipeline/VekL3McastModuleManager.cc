@@ -165,6 +165,15 @@ void McastModuleManager::deleteIgmpV2Module(Lanx::AddressFamily af, const L3::Vr
   }
 }
 
+void McastModuleManager::igmpV2VrfIdIs(const L3::VrfName& vrfName, Vrf::VrfIdMap::VrfId vrfId) {
+  const Lumo::Ptr<IgmpV2>& igmpV2 = igmpV2Module();
+  if (vrfId.isNone() || !igmpV2 || !igmpV2->vrfHas(vrfName) || igmpV2->vrf(vrfName) == vrfId) {
+    return;
+  }
+  // The module keeps one entry a name: the new one takes the old one's place.
+  igmpV2->addVrf(vrfName, vrfId);
+}
+
 Lumo::Ptr<McastModuleManager> mcastModuleManagerFactory(
     const Lumo::Ptr<Vek::ModuleConfigStatusPair>& modulePair) {
   return Lumo::makePtr<McastModuleManager>(modulePair);

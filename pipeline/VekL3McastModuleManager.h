@@ -80,6 +80,10 @@ class McastModuleManager : public Qel::Entity {
   void deleteIgmpV2Module(Lanx::AddressFamily af, const L3::VrfName& vrfName,
                           Vrf::VrfIdMap::VrfId vrfId,
                           const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd);
+  // A VRF that IGMPv2 serves has a new id: the module maps a packet's VRF id back to the
+  // VRF, so its entry follows, as a start now would send it. A VRF that loses its id keeps
+  // running, and its entry stays as it was.
+  void igmpV2VrfIdIs(const L3::VrfName& vrfName, Vrf::VrfIdMap::VrfId vrfId);
 
   // ---- Attributes ----
 
