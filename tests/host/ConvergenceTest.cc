@@ -1,11 +1,11 @@
 // Convergence: whatever order the inputs of the agent come in, and whatever came and went
 // in between, the data plane ends up as a fresh agent builds it from the final state alone.
 //
-// Each case draws a final state (VRFs, multicast interfaces, kernel limits, routes of several
-// applications) and the VRFs and families the hosting agent has started. The events that lead
-// there are cut into chains whose order matters (a stray route is set before it is removed,
-// a stop comes after its start); a random interleaving of the chains, with settles in between,
-// is one order. Runs several orders per case through the host's own driver.
+// Each case (ConvergenceCase.h) draws a final state (VRFs and their ids, multicast
+// interfaces, kernel limits, routes of several applications, and in some cases the routed
+// VXLAN inputs: VTI values and maps, remote VNIs, tunnel mappings) and the VRFs and
+// families the hosting agent has started; several random orders of the events that lead
+// there run through the host's own driver.
 //
 // Faults: in one more order per case the daemon refuses one module command in the middle
 // of the history (one the same order sent without faults), and a restart later rebuilds
@@ -18,14 +18,13 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "host/PluginDriver.h"
 #include "runtime/sharedmem/EntityManager.h"
+#include "tests/host/ConvergenceCase.h"
 
 namespace VekHost {
 namespace {
@@ -37,198 +36,23 @@ constexpr int defaultCases = 150;
 #endif
 constexpr int ordersPerCase = 3;
 
-const std::vector<std::string> vrfNames = {"default", "red", "blue"};
-const std::vector<std::string> intfNames = {"Ethernet1", "Ethernet2", "Ethernet3", "Ethernet4"};
-const std::vector<std::string> appNames = {"pim", "static", "igmp"};
-
-struct Event {
-  enum class Kind { set, remove, start, stop, restart, settle, failNext } kind;
-  StateChange change;
-  VrfAf vrfAf;
-  std::string text;
-  FailNextStep failure = {};
-};
-using Chain = std::vector<Event>;
-
-Event setEvent(StateChange change, std::string text) {
-  return {Event::Kind::set, std::move(change), {}, "set " + std::move(text)};
-}
-Event removeEvent(StateChange change, std::string text) {
-  return {Event::Kind::remove, std::move(change), {}, "remove " + std::move(text)};
-}
-Event startEvent(const VrfAf& vrfAf) {
-  return {Event::Kind::start, {}, vrfAf, "start " + vrfAf.vrf + "/" + std::string(afName(vrfAf.af))};
-}
-Event stopEvent(const VrfAf& vrfAf) {
-  return {Event::Kind::stop, {}, vrfAf, "stop " + vrfAf.vrf + "/" + std::string(afName(vrfAf.af))};
-}
-
-// One case: the final world and the chains of events that reach it.
-class Case {
- public:
-  explicit Case(unsigned seed) : rng_(seed) { draw(); }
-
-  StateChange initial;     // present before the agent is made, in every run
-  StateChange finalState;  // the rest of the final state, as events
-  std::vector<VrfAf> started;
-  std::vector<Chain> chains;
-
-  // A random interleaving of the chains, with settles between some events.
-  std::vector<Event> order(unsigned seed) const {
-    std::mt19937 rng(seed);
-    std::vector<std::size_t> next(chains.size(), 0);
-    std::vector<Event> events;
-    for (;;) {
-      std::vector<std::size_t> open;
-      for (std::size_t c = 0; c < chains.size(); ++c) {
-        if (next[c] < chains[c].size()) open.push_back(c);
-      }
-      if (open.empty()) break;
-      const std::size_t c = open[rng() % open.size()];
-      events.push_back(chains[c][next[c]++]);
-      if (rng() % 4 == 0) events.push_back({Event::Kind::settle, {}, {}, "settle"});
-    }
-    return events;
-  }
-
- private:
-  template <typename T>
-  const T& pick(const std::vector<T>& from) {
-    return from[rng_() % from.size()];
-  }
-  bool chance(unsigned percent) { return rng_() % 100 < percent; }
-
-  Mroute drawRoute(const VrfAf& vrfAf) {
-    const bool v6 = vrfAf.af == Af::ipv6;
-    const unsigned group = rng_() % 6;
-    Mroute route;
-    route.table = {vrfAf, pick(appNames)};
-    route.key.group = v6 ? "ff0e::" + std::to_string(group + 1) : "239.1.1." + std::to_string(group);
-    route.key.source = chance(30) ? "*" : v6 ? "2001:db8::1" : "10.0.0.1";
-    route.iif = pick(intfNames);
-    for (const std::string& intf : intfNames) {
-      if (intf != route.iif && chance(40)) route.oifs.push_back(intf);
-    }
-    route.flags.fastdrop = chance(20);
-    return route;
-  }
-
-  void draw() {
-    initial.vrfs = {{"default", 1}, {"red", 2}, {"blue", 3}};
-    initial.bridgeMac = "00:1c:73:aa:bb:cc";
-    for (const std::string& vrf : vrfNames) {
-      for (Af af : {Af::ipv4, Af::ipv6}) {
-        const VrfAf vrfAf{vrf, af};
-        if (chance(60)) {
-          started.push_back(vrfAf);
-          chains.push_back({startEvent(vrfAf)});
-        }
-        drawInterfaces(vrfAf);
-        if (chance(30)) drawKernelLimits(vrfAf);
-        for (unsigned n = rng_() % 5; n > 0; --n) drawFinalRoute(vrfAf);
-        if (chance(25)) drawStrayRoute(vrfAf);
-        if (chance(15)) drawStrayStart(vrfAf);
-      }
-    }
-    if (chance(30)) chains.push_back({{Event::Kind::restart, {}, {}, "restart"}});
-  }
-
-  void drawInterfaces(const VrfAf& vrfAf) {
-    for (const std::string& intf : intfNames) {
-      if (!chance(50)) continue;
-      StateChange change;
-      change.multicastIntfs[vrfAf.af][vrfAf.vrf] = {intf};
-      finalState.multicastIntfs[vrfAf.af][vrfAf.vrf].push_back(intf);
-      chains.push_back({setEvent(change, "intf " + intf + " " + vrfAf.vrf)});
-    }
-    // An interface that comes and goes again.
-    if (chance(20)) {
-      StateChange change;
-      change.multicastIntfs[vrfAf.af][vrfAf.vrf] = {"Ethernet9"};
-      chains.push_back({setEvent(change, "intf Ethernet9 " + vrfAf.vrf),
-                        removeEvent(change, "intf Ethernet9 " + vrfAf.vrf)});
-    }
-  }
-
-  void drawKernelLimits(const VrfAf& vrfAf) {
-    StateChange change;
-    change.kernelMfibConfig[vrfAf.af][vrfAf.vrf] = {static_cast<uint32_t>(rng_() % 500 + 1),
-                                                    static_cast<uint32_t>(rng_() % 9 + 1)};
-    finalState.kernelMfibConfig[vrfAf.af][vrfAf.vrf] = change.kernelMfibConfig[vrfAf.af][vrfAf.vrf];
-    Chain chain;
-    if (chance(30)) {
-      StateChange earlier;
-      earlier.kernelMfibConfig[vrfAf.af][vrfAf.vrf] = {7, 7};
-      chain.push_back(setEvent(earlier, "limits " + vrfAf.vrf));
-    }
-    chain.push_back(setEvent(change, "limits " + vrfAf.vrf));
-    chains.push_back(chain);
-  }
-
-  // Each route key has one final route per VRF and family; another application may have
-  // held it first (the route moves), or the same table held another form of it.
-  void drawFinalRoute(const VrfAf& vrfAf) {
-    const Mroute route = drawRoute(vrfAf);
-    for (const Mroute& present : finalState.mroutes) {
-      if (present.table.vrfAf == vrfAf && present.key == route.key) return;
-    }
-    finalState.mroutes.push_back(route);
-    const std::string text = "route " + route.key.text() + " " + vrfAf.vrf + "/" +
-                             std::string(afName(vrfAf.af)) + " ";
-    StateChange change;
-    change.mroutes.push_back(route);
-    Chain chain;
-    if (chance(30)) {
-      StateChange earlier;
-      earlier.mroutes.push_back(drawRoute(vrfAf));
-      earlier.mroutes.back().key = route.key;
-      earlier.mroutes.back().table.app = route.table.app;
-      chain.push_back(setEvent(earlier, text + route.table.app + " first form"));
-    }
-    chain.push_back(setEvent(change, text + route.table.app));
-    if (chance(30)) {
-      StateChange moved;
-      moved.mroutes.push_back(drawRoute(vrfAf));
-      moved.mroutes.back().key = route.key;
-      if (moved.mroutes.back().table.app != route.table.app) {
-        const std::string from = moved.mroutes.back().table.app;
-        chain.insert(chain.begin(), setEvent(moved, text + from));
-        chain.push_back(removeEvent(moved, text + from));
-      }
-    }
-    chains.push_back(chain);
-  }
-
-  // A route that comes and goes; if it shares a final route's key and app it is skipped.
-  void drawStrayRoute(const VrfAf& vrfAf) {
-    Mroute route = drawRoute(vrfAf);
-    route.key.group = vrfAf.af == Af::ipv6 ? "ff0e::99" : "239.9.9.9";
-    StateChange change;
-    change.mroutes.push_back(route);
-    const std::string text = "stray route " + vrfAf.vrf + "/" + std::string(afName(vrfAf.af));
-    chains.push_back({setEvent(change, text), removeEvent(change, text)});
-  }
-
-  // The hosting agent starts a VRF and family and stops it again, or stops and restarts
-  // one that ends started.
-  void drawStrayStart(const VrfAf& vrfAf) {
-    const bool ends = std::find(started.begin(), started.end(), vrfAf) != started.end();
-    if (ends) {
-      chains.push_back({stopEvent(vrfAf), startEvent(vrfAf)});
-    } else {
-      chains.push_back({startEvent(vrfAf), stopEvent(vrfAf)});
-    }
-  }
-
-  std::mt19937 rng_;
-};
-
-// Parts of the dump that depend on history by design: counter slots and task ids are handed
-// out in order of allocation, module tasks go to the workers round-robin, the input gates of
-// the shared modules in order of connection, and the rate-limiting classes of a VRF that was
-// stopped stay in the daemon without tasks.
-void dropHistory(nlohmann::json& dump) {
-  for (auto& [name, module] : dump["modules"].items()) {
+// Parts of the dump that depend on history by design:
+// - counter slots and task ids are handed out in order of allocation, module tasks go to
+//   the workers round-robin, and the rate-limiting classes of a VRF that was stopped stay in
+//   the daemon without tasks;
+// - an input gate that is not reserved is handed out on connection, lowest free first, so
+//   its number follows the order in which feeders came (the demultiplexer's and IGMPv2's
+//   many feeders, the default FIBs fed by both encapsulation modules); a reserved one is
+//   the agent's choice and stays;
+// - the decapsulation module's gates to the tenant FIBs are handed out as the FIBs connect:
+//   what counts is where each gate leads, and that each gate entry names the gate to its
+//   VRF's FIB;
+// - a module's init arguments are fixed when it is made, and a running VRF keeps its
+//   modules through an id change: the FIB and metadata modules of a VRF whose id moved
+//   carry the id that it had at its start.
+void dropHistory(nlohmann::json& dump, const Case& c) {
+  nlohmann::json& modules = dump["modules"];
+  for (auto& [name, module] : modules.items()) {
     for (auto& [counter, id] : module["counters"].items()) id = 0;
     nlohmann::json& table = module["table"];
     if (table.contains("counterIds") && table["counterIds"].is_object()) {
@@ -236,8 +60,24 @@ void dropHistory(nlohmann::json& dump) {
     }
     if (table.contains("tasks")) table["tasks"] = table["tasks"].size();
     for (auto& [gate, edge] : module["out"].items()) {
-      if (edge["to"] == "TxDemuxer" || edge["to"] == "IgmpV2") edge["igate"] = 0;
+      const auto to = modules.find(edge["to"].get<std::string>());
+      if (to != modules.end() && edge["igate"] >= to->value("reservedIn", 0)) edge["igate"] = 0;
     }
+    nlohmann::json& init = module["init"];
+    if (init.is_object() && init.contains("vrfId")) {
+      const std::string vrf = init.value("vrfName", name.substr(name.rfind('_') + 1));
+      if (c.idMoved.count(vrf)) init.erase("vrfId");
+    }
+  }
+  if (modules.contains("L3MVxlanOut")) {
+    nlohmann::json& out = modules["L3MVxlanOut"];
+    nlohmann::json byTarget = nlohmann::json::object();
+    for (auto& [gate, edge] : out["out"].items()) byTarget[edge["to"].get<std::string>()] = edge;
+    for (auto& [key, gate] : out["table"]["oGates"].items()) {
+      const std::string at = std::to_string(gate.get<int>());
+      gate = out["out"].contains(at) ? out["out"][at]["to"] : nlohmann::json("no link");
+    }
+    out["out"] = byTarget;
   }
   nlohmann::json classes = nlohmann::json::object();
   std::vector<std::string> moduleTasks;
@@ -280,13 +120,27 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events,
   for (const Event& event : events ? *events : none) {
     const std::size_t mark = sent ? driver.commandCount() : 0;
     switch (event.kind) {
-      case Event::Kind::set: driver.applyState(event.change, StateOp::set); break;
-      case Event::Kind::remove: driver.applyState(event.change, StateOp::remove); break;
-      case Event::Kind::start: driver.start(event.vrfAf); break;
-      case Event::Kind::stop: driver.stop(event.vrfAf); break;
-      case Event::Kind::restart: driver.restart(); break;
-      case Event::Kind::settle: driver.settle(); break;
-      case Event::Kind::failNext: driver.failNext(event.failure); break;
+      case Event::Kind::set:
+        driver.applyState(event.change, StateOp::set);
+        break;
+      case Event::Kind::remove:
+        driver.applyState(event.change, StateOp::remove);
+        break;
+      case Event::Kind::start:
+        driver.start(event.vrfAf);
+        break;
+      case Event::Kind::stop:
+        driver.stop(event.vrfAf);
+        break;
+      case Event::Kind::restart:
+        driver.restart();
+        break;
+      case Event::Kind::settle:
+        driver.settle();
+        break;
+      case Event::Kind::failNext:
+        driver.failNext(event.failure);
+        break;
     }
     if (!sent) continue;
     std::vector<FailNextStep>& commands = sent->emplace_back();
@@ -296,7 +150,7 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events,
   }
   driver.settle();
   nlohmann::json dump = driver.dump();
-  dropHistory(dump);
+  dropHistory(dump, c);
   return dump;
 }
 
@@ -356,9 +210,9 @@ TEST(Convergence, AnyOrderOfEventsEndsAsAFreshAgentOnTheFinalState) {
     for (unsigned order = 0; order < ordersPerCase; ++order) {
       const std::vector<Event> events = c.order(seed * 31 + order);
       const nlohmann::json actual = dumpAfter(c, &events, order == 0 ? &sent : nullptr);
-      ASSERT_TRUE(expected == actual) << "seed " << seed << ", order " << order
-                                  << "; differences:" << differences(expected, actual)
-                                  << "\nevents:" << describe(events);
+      ASSERT_TRUE(expected == actual)
+          << "seed " << seed << ", order " << order
+          << "; differences:" << differences(expected, actual) << "\nevents:" << describe(events);
       if (order == 0) first = events;
     }
 
@@ -368,9 +222,9 @@ TEST(Convergence, AnyOrderOfEventsEndsAsAFreshAgentOnTheFinalState) {
     // The refusal happened, before the restart; its record is the one trace of it left.
     ASSERT_EQ(actual["errors"].size(), 1u) << "seed " << seed << "\nevents:" << describe(faulted);
     actual["errors"] = expected["errors"];
-    ASSERT_TRUE(expected == actual) << "seed " << seed << ", with a refusal; differences:"
-                                    << differences(expected, actual)
-                                    << "\nevents:" << describe(faulted);
+    ASSERT_TRUE(expected == actual)
+        << "seed " << seed << ", with a refusal; differences:" << differences(expected, actual)
+        << "\nevents:" << describe(faulted);
   }
 }
 
