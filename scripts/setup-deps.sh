@@ -9,6 +9,7 @@ packages=(
   libprotobuf-dev protobuf-compiler libgrpc++-dev protobuf-compiler-grpc
   libfmt-dev libspdlog-dev libyaml-cpp-dev libcli11-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  clang libclang-rt-dev
   iproute2
   # The kernel tests and the live demo run a static multicast routing daemon in a namespace.
   smcroute

@@ -45,8 +45,10 @@ class SmSubscriber : public Impl::SmSubscription {
  public:
   SmSubscriber(Owner* owner, Lumo::DispatchFunction dispatch, StateMachine* machine)
       : SmSubscription(dispatch, machine), owner_(owner) {}
+  // For an owner that is the state machine itself. No constraint says so: an owner is
+  // still incomplete where its members are declared, and the conversion below refuses any
+  // other owner all the same.
   SmSubscriber(Owner* owner, Lumo::DispatchFunction dispatch)
-    requires std::derived_from<Owner, StateMachine>
       : SmSubscriber(owner, dispatch, owner) {}
 
   Owner* owner() const noexcept { return owner_; }
