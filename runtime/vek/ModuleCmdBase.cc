@@ -45,7 +45,7 @@ void ModuleCmdBase::operator delete(void* block, std::size_t size) noexcept {
     kept->blocks.push_back(block);
     return;
   }
-  ::operator delete(block, size);
+  ::operator delete(block);
 }
 
 }  // namespace Vek
