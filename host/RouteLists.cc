@@ -22,6 +22,7 @@ class ListFinder : public YAML::EventHandler {
   // The lists found, keyed by their offset; entries by the offset of their content.
   std::map<std::size_t, std::vector<std::size_t>> contents;
   std::map<std::size_t, std::size_t> ends;
+  std::optional<YAML::Mark> firstAlias;
 
   void finish() {
     for (std::size_t list : open_) ends[list] = textSize_;
@@ -31,7 +32,10 @@ class ListFinder : public YAML::EventHandler {
   void OnDocumentStart(const YAML::Mark& mark) override { marked(mark); }
   void OnDocumentEnd() override {}
   void OnNull(const YAML::Mark& mark, YAML::anchor_t) override { node(mark, nullptr); }
-  void OnAlias(const YAML::Mark& mark, YAML::anchor_t) override { node(mark, nullptr); }
+  void OnAlias(const YAML::Mark& mark, YAML::anchor_t) override {
+    if (!firstAlias) firstAlias = mark;
+    node(mark, nullptr);
+  }
   void OnScalar(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
                 const std::string& value) override {
     node(mark, &value);
@@ -90,6 +94,25 @@ class ListFinder : public YAML::EventHandler {
   std::vector<std::size_t> open_;
 };
 
+// Notes where the next document begins and nothing else.
+class DocumentStart : public YAML::EventHandler {
+ public:
+  std::optional<YAML::Mark> mark;
+
+  void OnDocumentStart(const YAML::Mark& at) override { mark = at; }
+  void OnDocumentEnd() override {}
+  void OnNull(const YAML::Mark&, YAML::anchor_t) override {}
+  void OnAlias(const YAML::Mark&, YAML::anchor_t) override {}
+  void OnScalar(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                const std::string&) override {}
+  void OnSequenceStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                       YAML::EmitterStyle::value) override {}
+  void OnSequenceEnd() override {}
+  void OnMapStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                  YAML::EmitterStyle::value) override {}
+  void OnMapEnd() override {}
+};
+
 std::size_t columnOf(std::string_view text, std::size_t at) {
   const std::size_t lineStart = text.rfind('\n', at == 0 ? 0 : at - 1);
   return lineStart == std::string_view::npos || at == 0 ? at : at - lineStart - 1;
@@ -115,13 +138,22 @@ int newlines(std::string_view text, std::size_t from, std::size_t to) {
 
 RouteLists::RouteLists(std::string_view text) : text_(text), skeleton_(text) {
   ListFinder finder(text.size());
+  std::istringstream in{std::string(text)};
+  YAML::Parser parser(in);
   try {
-    std::istringstream in{std::string(text)};
-    YAML::Parser parser(in);
     parser.HandleNextDocument(finder);
     finder.finish();
   } catch (const YAML::Exception&) {
     return;  // read whole, the document reports its own mistake
+  }
+  firstAlias_ = finder.firstAlias;
+  // One look past the first document, never more: on a token that begins no document the
+  // parser reports an empty one without moving on.
+  DocumentStart next;
+  try {
+    if (parser.HandleNextDocument(next)) afterDocument_ = next.mark;
+  } catch (const YAML::Exception& error) {
+    afterDocument_ = next.mark ? *next.mark : error.mark;
   }
   for (const auto& [start, contents] : finder.contents) {
     if (contents.empty()) continue;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,16 @@ class RouteLists {
   // is left whole: reading it reports the mistake.
   explicit RouteLists(std::string_view text);
 
+  // What the one pass over the file's events saw besides the lists, for the loader to
+  // refuse. The first alias (`*name`): a list read apart cannot reach an anchor outside it,
+  // and an alias can stand for its own node or for copies of copies, which a reading of
+  // the value as a whole would follow without end.
+  const std::optional<YAML::Mark>& firstAlias() const { return firstAlias_; }
+  // Where anything follows the first document: a second document, or a token that cannot
+  // begin one (a ',' after the document's last value), on which the YAML reader's reading of
+  // every document would take empty documents for ever.
+  const std::optional<YAML::Mark>& afterDocument() const { return afterDocument_; }
+
   // The text to read as the document: like the file, line for line and byte for byte,
   // except that each list cut out holds one null entry.
   const std::string& skeleton() const { return skeleton_; }
@@ -45,6 +56,8 @@ class RouteLists {
   std::string_view text_;
   std::string skeleton_;
   std::map<std::size_t, List> lists_;  // by the offset of the first dash
+  std::optional<YAML::Mark> firstAlias_;
+  std::optional<YAML::Mark> afterDocument_;
 };
 
 }  // namespace VekHost

@@ -37,24 +37,18 @@ const char* const kStandardInput = "(standard input)";
 const char* const kOneDocument =
     "a scenario is one YAML document; a second one begins here (after '---')";
 
-// The line of the marker that opens the second document.
-int secondDocumentLine(std::string_view text) {
-  int line = 1;
-  int markers = 0;
-  bool content = false;
-  for (std::size_t at = 0; at < text.size(); ++line) {
-    const std::size_t end = std::min(text.find('\n', at), text.size());
-    const std::string_view row = text.substr(at, end - at);
-    if (row.starts_with("---")) {
-      // A marker before any content opens the first document; any other opens the next.
-      if (content || markers > 0) return line;
-      ++markers;
-    } else if (!row.empty() && row.front() != '#' && row.find_first_not_of(" \t\r") != row.npos) {
-      content = true;
-    }
-    at = end + 1;
+const char* const kNoAliases =
+    "an alias (*) is not read in a scenario: write the value out where it is needed (for any "
+    "source write \"*\", quoted)";
+
+// Anything after the first document: a second one, or a token that begins none.
+LoadError afterDocument(std::string_view text, const YAML::Mark& at) {
+  const auto offset = static_cast<std::size_t>(std::max(at.pos, 0));
+  if (offset < text.size() && text[offset] == ',') {
+    return LoadError(at.line + 1, "a ',' after the end of the document: nothing follows its "
+                                  "last value");
   }
-  return line - 1;
+  return LoadError(at.line + 1, kOneDocument);
 }
 
 void requireNull(const YAML::Node& value, std::string_view verb) {
@@ -102,14 +96,16 @@ LoadResult ScenarioLoader::loadText(std::string_view text, const std::string& fi
   try {
     if (auto notText = YamlText::notText(text)) throw *notText;
     const RouteLists routeLists(text);
-    const std::vector<YAML::Node> documents = YAML::LoadAll(routeLists.skeleton());
-    if (documents.size() > 1) throw LoadError(secondDocumentLine(text), kOneDocument);
+    if (const auto& after = routeLists.afterDocument()) throw afterDocument(text, *after);
+    if (const auto& alias = routeLists.firstAlias()) throw LoadError(alias->line + 1, kNoAliases);
+    // The first document only: the check above says there is no other.
+    const YAML::Node document = YAML::Load(routeLists.skeleton());
     struct Reading {
       const StateReader& state;
       ~Reading() { state.routeListsIs(nullptr); }
     } reading{state_};
     state_.routeListsIs(&routeLists);
-    readDocument(documents.empty() ? YAML::Node() : documents.front(), scenario, errors);
+    readDocument(document, scenario, errors);
     if (errors.empty()) warnings = VrfIdCheck::check(scenario, errors);
   } catch (const YAML::Exception& error) {
     errors.push_back(YamlText::explain(error, text));

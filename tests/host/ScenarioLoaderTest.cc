@@ -88,6 +88,13 @@ TEST(ScenarioLoaderTest, MistakesAreReportedWithTheirLine) {
       {"steps:\n  - start: {vrf: red, af: ipv4}\n", 2, "start of VRF 'red' before it has an id"},
       {"steps:\n  - settle\n---\nsteps: []\n", 3, "a scenario is one YAML document"},
       {"---\n# one\nsteps: []\n...\n---\n", 5, "a scenario is one YAML document"},
+      // Past the first document the reader once read empty documents without end, and an
+      // alias can stand for its own node; both took the loader's memory whole.
+      {"# a comment\n{steps: [settle]}\n,\n", 3, "a ',' after the end of the document"},
+      {"steps:\n  - expect: {dump: modules, equals: &a [*a]}\n", 2, "an alias (*)"},
+      {"state:\n  mroutes:\n    - &r {vrf: red, af: ipv4, app: pim, group: 239.1.1.1}\n"
+       "    - *r\n",
+       4, "an alias (*)"},
       {"steps: {settle: ~}\n", 1, "steps must be a list"},
       // Expectations.
       {"steps:\n  - expect: {}\n", 2, "an expect names one of route, module, edge"},
