@@ -19,6 +19,14 @@ endif()
 
 include(ExternalProject)
 set(fuzz_tree ${CMAKE_BINARY_DIR}/fuzz-tree)
+set(fuzz_targets fuzz_scenario_loader fuzz_commands)
+# The targets alone, not the whole tree (no daemon program, no host program). Under make the
+# tree's build shares the main build's job slots.
+if(CMAKE_GENERATOR MATCHES "Make")
+  set(fuzz_build_command $(MAKE) ${fuzz_targets})
+else()
+  set(fuzz_build_command ${CMAKE_COMMAND} --build <BINARY_DIR> --target ${fuzz_targets})
+endif()
 ExternalProject_Add(fuzz-tree
   SOURCE_DIR ${PROJECT_SOURCE_DIR}
   BINARY_DIR ${fuzz_tree}
@@ -26,6 +34,7 @@ ExternalProject_Add(fuzz-tree
              -DVEK_FUZZ_TREE=ON -DVEK_SANITIZE=ON -DVEK_BENCH=OFF
              # Warnings are the main build's business; clang's set differs.
              -DVEK_WERROR=OFF
+  BUILD_COMMAND ${fuzz_build_command}
   INSTALL_COMMAND ""
   BUILD_ALWAYS ON)
 

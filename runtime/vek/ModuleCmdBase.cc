@@ -4,6 +4,15 @@
 #include <thread>
 #include <vector>
 
+// gcc says it builds under the address sanitizer by a macro, clang by a feature test.
+#if defined(__SANITIZE_ADDRESS__)
+#define VEK_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEK_ADDRESS_SANITIZER 1
+#endif
+#endif
+
 namespace Vek {
 
 namespace {
@@ -19,7 +28,7 @@ struct KeptBlocks {
 };
 
 KeptBlocks* keptBlocksOfThisThread() {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(VEK_ADDRESS_SANITIZER)
   return nullptr;
 #else
   static KeptBlocks* const kept = new KeptBlocks;
