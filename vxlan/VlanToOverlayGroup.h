@@ -21,6 +21,9 @@ class VlanToOverlayGroup : public Qel::Entity {
   Bridging::VlanId vlanId() const noexcept { return vlanId_; }
   bool overlayGroupHas(const Lanx::IpGenAddr& group) const { return overlayGroup_.has(group); }
   std::size_t overlayGroups() const noexcept { return overlayGroup_.size(); }
+  const Qel::HashSet2018<Lanx::IpGenAddr>& overlayGroupSet() const noexcept {
+    return overlayGroup_.members();
+  }
   void overlayGroupIs(const Lanx::IpGenAddr& group) { overlayGroup_.is(*this, group); }
   void overlayGroupDel(const Lanx::IpGenAddr& group) { overlayGroup_.del(*this, group); }
 

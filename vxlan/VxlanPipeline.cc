@@ -92,6 +92,7 @@ void VxlanPipeline::handleVlanStatus(AddressFamily af, Bridging::VlanId vlan) {
   } else {
     HN_NestedSm_VlanStatus4_.smDel(vlan);
   }
+  if (!status) doDeleteVlanOverlayGroups(af, vlan);
 }
 
 // ---- The L2 pipeline ----
@@ -187,7 +188,12 @@ void VxlanPipeline::doDeleteL2MVxlanPipeline() {
     const auto mfib = defaultMfib(af);
     if (!mfib) continue;
     if (l2VxlanInModule()) l2VxlanInModule()->disconnectModule(mfib);
-    if (l2VxlanOutModule()) mfib->disconnectModule(l2VxlanOutModule());
+    if (l2VxlanOutModule()) {
+      // The proxy VLANs' gate goes with the link: their routes leave as a FIB without the
+      // pipeline sends them, not by a gate that leads nowhere.
+      doSetProxyVlanGates(*mfib, Vek::GateId());
+      mfib->disconnectModule(l2VxlanOutModule());
+    }
   }
   if (const auto& set = mcastL2VxlanRxSet()) {
     for (const auto& member : set->mcastL2VxlanRx()) {
@@ -265,11 +271,14 @@ void VxlanPipeline::doConnectMfibToVlan(AddressFamily af) {
   // Without a decap module no VLAN leaves the FIB towards it; its name is what the FIB's
   // gate is found by.
   if (!mfib || !l2VxlanOutModule()) return;
-  const Vek::GateId gate = mfib->findGateByName(l2VxlanOutModule()->name(), false);
+  doSetProxyVlanGates(*mfib, mfib->findGateByName(l2VxlanOutModule()->name(), false));
+}
+
+void VxlanPipeline::doSetProxyVlanGates(VekL3Mcast::MfibAf& mfib, Vek::GateId gate) {
   for (const auto* table : {igmpProxyStatus().get(), mldProxyStatus().get()}) {
     if (!table) continue;
     for (const auto& vlan : table->vlans()) {
-      doSetVlanGate(*mfib, Lanx::VlanIntfId::vlanIdToIntfId(vlan.key), gate);
+      doSetVlanGate(mfib, Lanx::VlanIntfId::vlanIdToIntfId(vlan.key), gate);
     }
   }
 }

@@ -131,6 +131,9 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   void doConnectMfibToL2MVxlanIn(Lanx::AddressFamily af);
   void doConnectMfibToL2MVxlanOut(Lanx::AddressFamily af);
   void doConnectMfibToVlan(Lanx::AddressFamily af);
+  // The gate of every proxy VLAN's interface in a default FIB; an invalid gate takes the
+  // entries out.
+  void doSetProxyVlanGates(VekL3Mcast::MfibAf& mfib, Vek::GateId gate);
   // The place where the L3 encapsulation modules meet the L2 one; whichever pipeline comes
   // second makes the link. Does nothing until the L3 side is there.
   void doConnectL3MVxlanInToL2MVxlanIn();
@@ -142,6 +145,8 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   void handleVlanToSbdVlan(Lanx::AddressFamily af, Bridging::VlanId vlan);
   void handleTunnelMapping(Lanx::AddressFamily af, Bridging::VlanId vlan,
                            const Routing::Multicast::OverlayRoute& overlayRoute);
+  void doDeleteOverlayGroup(const Routing::Multicast::OverlayVlanGroup& group);
+  void doDeleteVlanOverlayGroups(Lanx::AddressFamily af, Bridging::VlanId vlan);
   void handleVxlanSwitchPktToMcastTunnelInSw();
 
   // Mirrors of the VTIs' VLAN to VNI maps, kept so that a deleted VLAN's VNI is known.

@@ -64,11 +64,27 @@ void VxlanPipeline::handleTunnelMapping(AddressFamily af, Bridging::VlanId vlan,
     return;
   }
   VEK_TRACE(info, " Delete af: {}, vlan: {}, overlayRoute: {}", af, vlan, overlayRoute);
-  if (Lumo::Ptr<VlanToOverlayGroup> groups = vlanToOverlayGroup_.get(vlan)) {
+  doDeleteOverlayGroup(group);
+}
+
+void VxlanPipeline::doDeleteOverlayGroup(const OverlayVlanGroup& group) {
+  if (Lumo::Ptr<VlanToOverlayGroup> groups = vlanToOverlayGroup_.get(group.vlanId())) {
     groups->overlayGroupDel(group.group());
-    if (groups->overlayGroups() == 0) vlanToOverlayGroup_.del(*this, vlan);
+    if (groups->overlayGroups() == 0) vlanToOverlayGroup_.del(*this, group.vlanId());
   }
   if (l2VxlanInModule()) l2VxlanInModule()->deleteOverlayVlanGroup(group);
+}
+
+// A VLAN's tunnel status that goes takes its mappings along unheard, one by one: the
+// overlay groups of the family sent for the VLAN go with it.
+void VxlanPipeline::doDeleteVlanOverlayGroups(AddressFamily af, Bridging::VlanId vlan) {
+  const Lumo::Ptr<VlanToOverlayGroup> groups = vlanToOverlayGroup_.get(vlan);
+  if (!groups) return;
+  std::vector<Lanx::IpGenAddr> gone;
+  for (const auto& entry : groups->overlayGroupSet()) {
+    if (entry.key.family() == af) gone.push_back(entry.key);
+  }
+  for (const Lanx::IpGenAddr& group : gone) doDeleteOverlayGroup(OverlayVlanGroup(vlan, group));
 }
 
 void VxlanPipeline::handleVxlanSwitchPktToMcastTunnelInSw() {

@@ -34,6 +34,8 @@ class Case {
 
   StateChange initial;     // present before the agent is made, in every run
   StateChange finalState;  // the rest of the final state, as events
+  // More of the final state, set after `finalState` where one change cannot hold both.
+  std::vector<StateChange> finalPieces;
   std::vector<VrfAf> started;
   std::vector<Chain> chains;
   // VRFs whose id was not the same through the whole history.
@@ -69,6 +71,8 @@ class Case {
   template <typename K, typename V>
   void drawVtiEntry(std::map<K, V> VtiChange::*map, const std::string& name, const K& key, V value,
                     V earlier);
+  void drawBridgedVxlan();
+  void finalOrStray(const StateChange& change, const std::string& text, bool final);
   void drawRemoteVnis();
   void drawTunnelMappings(Af af);
 

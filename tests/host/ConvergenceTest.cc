@@ -111,6 +111,7 @@ nlohmann::json dumpAfter(const Case& c, const std::vector<Event>* events,
   driver.applyState(c.initial, StateOp::set);
   if (!events) {
     driver.applyState(c.finalState, StateOp::set);
+    for (const StateChange& piece : c.finalPieces) driver.applyState(piece, StateOp::set);
     driver.createAgent();
     for (const VrfAf& vrfAf : c.started) driver.start(vrfAf);
   } else {

@@ -132,6 +132,7 @@ void Case::drawRoutedVxlan() {
   drawRemoteVnis();
   drawTunnelMappings(Af::ipv4);
   drawTunnelMappings(Af::ipv6);
+  if (chance(50)) drawBridgedVxlan();
 }
 
 // Remote VNIs of both tables, some also local (as a VLAN's or a VRF's VNI), mapped to SBD
@@ -180,8 +181,9 @@ void Case::drawTunnelMappings(Af af) {
       Chain chain;
       if (chance(35)) {
         anyFinal = true;
-        if (chance(20))
+        if (chance(20)) {
           chain.push_back(setEvent(mappingChange(af, vlan, earlier), text + "earlier"));
+        }
         chain.push_back(setEvent(mappingChange(af, vlan, final), text + final.underlay.group));
         finalState.vxlan.tunnelMappings[af][vlan].push_back(final);
       } else if (chance(15)) {
@@ -197,6 +199,57 @@ void Case::drawTunnelMappings(Af af) {
                                  "mapping " + family + " " + std::to_string(vlan) + " for a while"),
                         removeEvent(whole, "vlan status " + family + " " + std::to_string(vlan))});
     }
+  }
+}
+
+// The bridged side, which the routed encapsulation modules meet at the L2 module: the
+// "fabric" device (up, maybe down for a while, or down at the end), proxy VLANs, decap
+// routes, a VLAN's SBD VLAN and overlay groups of a VNI VLAN.
+void Case::drawBridgedVxlan() {
+  const bool up = chance(70);
+  auto fabric = [](bool upNow) {
+    StateChange state;
+    state.kernel["default"]["fabric"] = {3, upNow, ""};
+    return state;
+  };
+  finalState.kernel["default"]["fabric"] = {3, up, ""};
+  Chain device;
+  if (chance(30)) device.push_back(setEvent(fabric(!up), up ? "fabric down" : "fabric up"));
+  device.push_back(setEvent(fabric(up), up ? "fabric up" : "fabric down"));
+  if (chance(30)) {
+    device.push_back(setEvent(fabric(!up), up ? "fabric down" : "fabric up"));
+    device.push_back(setEvent(fabric(up), up ? "fabric up again" : "fabric down again"));
+  }
+  chains.push_back(device);
+
+  // With the fabric up at the end a proxy VLAN stands at the end: whether the pipeline
+  // stands for tunnel VLANs alone depends, by design, on what was there when the fabric
+  // came up, and a proxy VLAN's removal takes it down whatever tunnel VLANs remain.
+  StateChange proxy;
+  proxy.vxlan.proxyVlans["igmp"] = {10};
+  finalOrStray(proxy, "proxy igmp 10", up);
+  StateChange proxy6;
+  proxy6.vxlan.proxyVlans["mld"] = {20};
+  finalOrStray(proxy6, "proxy mld 20", false);
+  StateChange decap;
+  decap.vxlan.decapRoutes[Af::ipv4] = {{"10.0.0.9", "239.0.0.1"}};
+  finalOrStray(decap, "decap route", false);
+  StateChange irb;
+  irb.vxlan.mcastIrb[Af::ipv4][10] = 3001;
+  finalOrStray(irb, "irb 10 3001", false);
+  for (Af af : {Af::ipv4, Af::ipv6}) {
+    finalOrStray(mappingChange(af, 10, mapping(af, 0, rng_() % 3)),
+                 "mapping " + std::string(afName(af)) + " 10", false);
+  }
+}
+
+// A piece of state that stands at the end (always when `final`), or comes and goes.
+void Case::finalOrStray(const StateChange& change, const std::string& text, bool final) {
+  if (final || chance(50)) {
+    finalPieces.push_back(change);
+    chains.push_back({setEvent(change, text)});
+  } else if (chance(40)) {
+    chains.push_back({setEvent(change, text), removeEvent(change, text)});
   }
 }
 
