@@ -1,4 +1,4 @@
-#include "agent/MfaAgentEntryPoints.h"
+#include "plugin/MfaAgentEntryPoints.h"
 
 #include <exception>
 #include <optional>

@@ -2,9 +2,9 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include "host/CentralStateStore.h"
 #include "host/StateChange.h"
 #include "host/ValueReader.h"
-#include "runtime/state/CentralStateStore.h"
 
 namespace VekHost {
 

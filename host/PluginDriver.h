@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "dataplane/Model.h"
+#include "host/CentralStateStore.h"
 #include "host/DaemonLink.h"
 #include "host/MarkedLog.h"
 #include "host/PluginLibrary.h"
 #include "host/ScenarioDriver.h"
 #include "host/StateWriter.h"
 #include "runtime/dov/TaskScheduler.h"
-#include "runtime/state/CentralStateStore.h"
 #include "runtime/vek/CommandChannel.h"
 
 namespace VekHost {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "agent/MfaAgentEntryPoints.h"
+#include "plugin/MfaAgentEntryPoints.h"
 
 namespace VekHost {
 

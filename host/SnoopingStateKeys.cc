@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
+#include "host/CentralStateStore.h"
 #include "host/StateChange.h"
 #include "host/ValueText.h"
 #include "host/YamlReader.h"
-#include "runtime/state/CentralStateStore.h"
 #include "runtime/state/EthAddr.h"
 #include "runtime/state/IntfId.h"
 #include "runtime/state/IpGenAddr.h"

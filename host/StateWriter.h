@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/CentralStateStore.h"
 #include "host/StateChange.h"
-#include "runtime/state/CentralStateStore.h"
 
 namespace VekHost {
 

@@ -2,10 +2,10 @@
 
 #include <functional>
 
+#include "host/CentralStateStore.h"
 #include "host/StateChange.h"
 #include "host/ValueText.h"
 #include "host/YamlReader.h"
-#include "runtime/state/CentralStateStore.h"
 #include "runtime/state/IpGenAddr.h"
 #include "runtime/state/bridging/HwCapabilities.h"
 #include "runtime/state/irb/IgmpProxyStatus.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Dov {
 

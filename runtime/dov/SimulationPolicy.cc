@@ -1,6 +1,6 @@
 #include "runtime/dov/SimulationPolicy.h"
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Dov {
 

@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "runtime/trace/Trace.h"
-
 namespace Lumo {
 
 namespace {
@@ -13,10 +11,13 @@ namespace {
 std::atomic<AssertionHandler> handler{nullptr};
 // An assertion that fails inside the handler gets the default report.
 std::atomic<bool> handling{false};
+std::atomic<FatalFlush> fatalFlush{nullptr};
 
 }  // namespace
 
 void assertionHandlerIs(AssertionHandler newHandler) noexcept { handler = newHandler; }
+
+void fatalFlushIs(FatalFlush flush) noexcept { fatalFlush = flush; }
 
 void assertionFailed(const char* text, const char* file, int line, const char* function) noexcept {
   if (AssertionHandler own = handler.load(); own && !handling.exchange(true)) {
@@ -28,7 +29,7 @@ void assertionFailed(const char* text, const char* file, int line, const char* f
     std::abort();
   }
   std::fprintf(stderr, "assertion failed: %s at %s:%d in %s\n", text, file, line, function);
-  Trace::fatalFlush();
+  if (FatalFlush flush = fatalFlush.load()) flush();
   std::abort();
 }
 

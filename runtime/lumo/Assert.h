@@ -14,6 +14,12 @@ using AssertionHandler = void (*)(const char* text, const char* file, int line,
                                   const char* function);
 void assertionHandlerIs(AssertionHandler handler) noexcept;
 
+// What the default report writes after the text. The trace layer stands above this one and
+// hands its ring's writer in here as it loads, so that a failed assertion still leaves the
+// last records behind without this layer knowing the trace.
+using FatalFlush = void (*)() noexcept;
+void fatalFlushIs(FatalFlush flush) noexcept;
+
 }  // namespace Lumo
 
 #define QEL_ASSERT(cond, text)                                                   \

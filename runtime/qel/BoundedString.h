@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "runtime/lumo/String.h"
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Qel {
 

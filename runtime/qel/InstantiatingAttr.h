@@ -9,7 +9,7 @@
 #include "runtime/qel/AttrName.h"
 #include "runtime/qel/AttributeAccess.h"
 #include "runtime/qel/Entity.h"
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 #include "runtime/qel/StateMachine.h"
 
 namespace Qel {

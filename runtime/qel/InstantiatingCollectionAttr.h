@@ -7,7 +7,7 @@
 #include "runtime/qel/AttrName.h"
 #include "runtime/qel/CollectionAttr.h"
 #include "runtime/qel/Entity.h"
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 #include "runtime/qel/HashMap2018.h"
 #include "runtime/qel/InstantiatingAttr.h"
 #include "runtime/qel/StateMachine.h"

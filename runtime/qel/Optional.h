@@ -3,7 +3,7 @@
 #include <optional>
 #include <utility>
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Qel {
 

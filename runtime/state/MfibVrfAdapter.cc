@@ -1,7 +1,7 @@
 #include "runtime/state/MfibVrfAdapter.h"
 
 #include "runtime/lumo/Assert.h"
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Routing::Multicast::Fib {
 

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Bridging {
 

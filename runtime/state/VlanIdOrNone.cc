@@ -1,6 +1,6 @@
 #include "runtime/state/VlanIdOrNone.h"
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Bridging {
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 
+#include "runtime/lumo/Assert.h"
 #include "runtime/trace/DualLog.h"
 #include "runtime/trace/SwiftLog.h"
 
@@ -51,6 +52,10 @@ Layers& layers() {
   static Layers* instance = new Layers;
   return *instance;
 }
+
+// A failed assertion's default report ends with what the ring holds; the assertion lives
+// below this layer, so it is told as the library loads.
+[[maybe_unused]] const bool ringOnFailedAssertion = (Lumo::fatalFlushIs(&fatalFlush), true);
 
 }  // namespace
 

@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "agent/MfaAgentEntryPoints.h"
 #include "agent/VekMfaAgent.h"
 #include "dataplane/Model.h"
+#include "host/CentralStateStore.h"
+#include "plugin/MfaAgentEntryPoints.h"
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/dov/TaskSchedulerRoot.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/Entity.h"
 #include "runtime/sharedmem/EntityManager.h"
-#include "runtime/state/CentralStateStore.h"
 #include "runtime/state/SharedMemName.h"
 #include "runtime/toggle/ToggleState.h"
 #include "runtime/trace/Trace.h"

@@ -1,6 +1,6 @@
 #include "runtime/state/intf/IntfStatusManagerRoot.h"
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Interface {
 

@@ -1,6 +1,6 @@
 #include "runtime/state/multicast/MulticastIntfsAppRootSmColl.h"
 
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Routing::Multicast {
 

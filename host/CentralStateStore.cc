@@ -1,4 +1,4 @@
-#include "runtime/state/CentralStateStore.h"
+#include "host/CentralStateStore.h"
 
 #include "runtime/state/bridging/HwCapabilities.h"
 #include "runtime/state/bridging/IgmpSnoopingStatus.h"

@@ -2,10 +2,10 @@
 
 #include <vector>
 
-#include "runtime/dov/ReviewTimer.h"
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/lumo/Exception.h"
 #include "runtime/qel/Clock.h"
+#include "runtime/qel/ReviewTimer.h"
 
 namespace {
 

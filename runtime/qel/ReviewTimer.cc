@@ -1,9 +1,9 @@
-#include "runtime/dov/ReviewTimer.h"
+#include "runtime/qel/ReviewTimer.h"
 
 #include <algorithm>
 
 #include "runtime/lumo/Assert.h"
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 namespace Dov {
 

@@ -1,4 +1,4 @@
-#include "runtime/qel/Exceptions.h"
+#include "runtime/lumo/Exceptions.h"
 
 #include <fmt/format.h>
 
