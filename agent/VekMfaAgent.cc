@@ -96,8 +96,7 @@ MfaAgent::~MfaAgent() {
     vrfLifecycleListenerDel(*control);
     mplsPipelineControl_.del(*this);
   }
-  mfibDirSm_.del(*this);
-  mfib6DirSm_.del(*this);
+  for (AddressFamily af : Lanx::bothFamilies) mfibDirSm_[af].del(*this);
   vrfPipelineControl()->doDeleteRouteMachines();
   mcastIntfModuleSm_.del(*this);
   vrfPipelineControl()->doDeleteNestedMachines();
@@ -279,14 +278,9 @@ void MfaAgent::doGetFamilyInputs(AddressFamily af) {
   inputs_.multicastIntfsAppDir[af] = centralEntity<Routing::Multicast::MulticastIntfsAppDir>(
       entityManager(), Routing::Multicast::MulticastIntfsAppDir::path(af));
   inputs_.mfibDir[af] = centralEntity<MfibDir>(entityManager(), MfibDir::path(af));
-  const bool v6 = af == AddressFamily::ipv6;
-  const auto vrfDir = v6 ? mfib6VrfDir_.is(*this, af) : mfibVrfDir_.is(*this, af);
+  const auto vrfDir = mfibVrfDir_[af].is(*this, af);
   vrfPipelineControl()->mfibVrfDirIs(af, vrfDir);
-  if (v6) {
-    mfib6DirSm_.is(*this, inputs_.mfibDir[af], vrfDir, entityManager());
-  } else {
-    mfibDirSm_.is(*this, inputs_.mfibDir[af], vrfDir, entityManager());
-  }
+  mfibDirSm_[af].is(*this, inputs_.mfibDir[af], vrfDir, entityManager());
   // Tables mounted while the directory machine came up.
   for (const auto& adapter : vrfDir->vrfAdapters()) {
     vrfPipelineControl()->handleMfibVrfAdapter(af, adapter.key);
@@ -351,7 +345,6 @@ void MfaAgent::handleDelete() {
   }
   vrfNamespaces()->deleteKniSm(L3::VrfName::defaultVrf());
   pipelines.appRootSmDelAll();
-  pipelines.appRoot6SmDelAll();
   if (const auto& vxlan = vxlanPipeline(); vxlan && vxlan->l2VxlanInModule()) {
     vxlan->doDeleteL2MVxlanPipeline();
   }

@@ -27,6 +27,7 @@
 #include "runtime/sharedmem/EntityManager.h"
 #include "runtime/state/AddressFamily.h"
 #include "runtime/state/ByFamily.h"
+#include "runtime/state/ByFamilyAttr.h"
 #include "runtime/state/VrfName.h"
 #include "runtime/state/multicast/MfibDir.h"
 #include "runtime/state/multicast/MfibVrfDir.h"
@@ -213,10 +214,10 @@ class MfaAgent : public Qel::StateMachine {
   void cmdConfigGroupIs(const Lumo::String& name);
   const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& mfibVrfDir(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6VrfDir_.get() : mfibVrfDir_.get();
+    return mfibVrfDir_[af].get();
   }
   const Lumo::Ptr<MfibDirSm>& mfibDirSm(Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6DirSm_.get() : mfibDirSm_.get();
+    return mfibDirSm_[af].get();
   }
   // The multicast interface tracker; the full agent only.
   const Lumo::Ptr<McastIntfModuleSm>& mcastIntfModuleSm() const noexcept {
@@ -288,22 +289,16 @@ class MfaAgent : public Qel::StateMachine {
   Qel::InstantiatingAttr<FabricDeviceControl, kFabricDeviceControl, "fabricDeviceControl",
                          MfaAgent*>
       fabricDeviceControl_;
-  Qel::InstantiatingAttr<MfibDirSm, kMfibDirSm, "mfibDirSm",
-                         Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>,
-                         Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>,
-                         Lumo::Ptr<Cordex::EntityManager>>
+  Lanx::ByFamilyAttr<Qel::InstantiatingAttr<MfibDirSm, kMfibDirSm, "mfibDirSm",
+                                             Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>,
+                                             Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>,
+                                             Lumo::Ptr<Cordex::EntityManager>>,
+                     kMfib6DirSm>
       mfibDirSm_;
-  Qel::InstantiatingAttr<MfibDirSm, kMfib6DirSm, "mfib6DirSm",
-                         Lumo::Ptr<Routing::Multicast::Fib::MfibDir const>,
-                         Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>,
-                         Lumo::Ptr<Cordex::EntityManager>>
-      mfib6DirSm_;
-  Qel::InstantiatingAttr<Routing::Multicast::Fib::MfibVrfDir, kMfibVrfDir, "mfibVrfDir",
-                         Lanx::AddressFamily>
+  Lanx::ByFamilyAttr<Qel::InstantiatingAttr<Routing::Multicast::Fib::MfibVrfDir, kMfibVrfDir,
+                                             "mfibVrfDir", Lanx::AddressFamily>,
+                     kMfib6VrfDir>
       mfibVrfDir_;
-  Qel::InstantiatingAttr<Routing::Multicast::Fib::MfibVrfDir, kMfib6VrfDir, "mfib6VrfDir",
-                         Lanx::AddressFamily>
-      mfib6VrfDir_;
   Qel::ValueAttr<Lumo::Ptr<Vek::CmdConfigGroup>, kCmdConfigGroup> cmdConfigGroup_;
   Qel::InstantiatingAttr<VekMcastL3IntfSm, kTxDemuxerL3IntfSm, "txDemuxerL3IntfSm",
                          Lumo::Ptr<Vek::VekCommonSmData>, Lumo::Ptr<McastModuleManager>>

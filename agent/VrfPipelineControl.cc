@@ -14,6 +14,9 @@ namespace {
 
 using Lanx::AddressFamily;
 
+// The PIM register port as the trace names it.
+constexpr Lanx::ByFamily<std::string_view> pimRegRxTraceName{"PimRegRx", "PimRegRx6"};
+
 bool isSupported(AddressFamily af) {
   if (af == AddressFamily::ipv4 || af == AddressFamily::ipv6) return true;
   VEK_TRACE(err, "Unsupported address family {}", af);
@@ -23,12 +26,10 @@ bool isSupported(AddressFamily af) {
 }  // namespace
 
 VrfPipelineControl::VrfPipelineControl(MfaAgent* agent) : agent_(agent) {
-  mcastIntfRoot_.is(*this, Lumo::makePtr<Routing::Multicast::MulticastIntfsAppRootSmColl>());
-  mcastIntfRoot6_.is(*this, Lumo::makePtr<Routing::Multicast::MulticastIntfsAppRootSmColl>());
-  mcastIntfRootDispatch_.publisherIs(mcastIntfRoot_.get().get());
-  mcastIntfRootDispatch_.isRegisteredIs(true);
-  mcastIntfRoot6Dispatch_.publisherIs(mcastIntfRoot6_.get().get());
-  mcastIntfRoot6Dispatch_.isRegisteredIs(true);
+  for (AddressFamily af : Lanx::bothFamilies) {
+    mcastIntfRoot_[af].is(*this, Lumo::makePtr<Routing::Multicast::MulticastIntfsAppRootSmColl>());
+    mcastIntfRootDispatch_.publisherIs(af, mcastIntfRoot(af).get());
+  }
 }
 
 // ---- Start and stop ----
@@ -58,8 +59,7 @@ void VrfPipelineControl::startMfibSm(const L3::VrfName& vrf, AddressFamily af) {
   // The port's task is attached with the port: attaching it again at a repeated start
   // would file the one task under a second worker's class.
   if (oru && !pimRegRxVrf(vrf, af)) {
-    VEK_TRACE(info, "{}{} )", af == AddressFamily::ipv6 ? "Create PimRegRx6( " : "Create PimRegRx( ",
-              vrf);
+    VEK_TRACE(info, "Create {}( {} )", pimRegRxTraceName[af], vrf);
     const Lumo::Ptr<PimRegRx> port = manager->createPimRegRx(af, vrf, agent_->cmdConfigGroup());
     pimRegRxVrfIs(vrf, af, port);
     agent_->mfibWorkerTasks()->attachPimRegRxTasks(port);
@@ -107,7 +107,7 @@ void VrfPipelineControl::doCreateMfibSm(const L3::VrfName& vrf, AddressFamily af
       adapter && adapter->mfibVashCount() > 0) {
     sm->mfibVrfAdapterIs(adapter);
   }
-  handleKernelMfibConfig(vrf, af);
+  handleKernelMfibConfig(af, vrf);
 }
 
 void VrfPipelineControl::stopMfibSm(const L3::VrfName& vrf, AddressFamily af) {
@@ -143,11 +143,7 @@ void VrfPipelineControl::stopMfibSm(const L3::VrfName& vrf, AddressFamily af) {
 void VrfPipelineControl::mfibModuleIs(const Lumo::Ptr<MfibAf>& module) {
   const AddressFamily af = module->af();
   if (!isSupported(af)) return;
-  if (af == AddressFamily::ipv6) {
-    mfib6Module_.is(*this, module->vrfName(), module);
-  } else {
-    mfibModule_.is(*this, module->vrfName(), module);
-  }
+  mfibModule_[af].is(*this, module->vrfName(), module);
   handleMfibModule(module->vrfName(), af);
 }
 
@@ -155,11 +151,7 @@ void VrfPipelineControl::mfibModuleDel(const L3::VrfName& vrf, AddressFamily af)
   if (!isSupported(af)) return;
   // A repeated stop finds no module: what connected to it has heard once already.
   if (mfibModule(vrf, af)) agent_->vrfLifecycleListeners().mfibModuleChanged(vrf, af, nullptr);
-  if (af == AddressFamily::ipv6) {
-    mfib6Module_.del(*this, vrf);
-  } else {
-    mfibModule_.del(*this, vrf);
-  }
+  mfibModule_[af].del(*this, vrf);
   handleMfibModule(vrf, af);
 }
 
@@ -171,11 +163,7 @@ Lumo::Ptr<VekL3MfibSm> VrfPipelineControl::mfibSmIs(
   auto sm = vekL3MfibSmFactory(vrf, af, oru, module, pair, group, vekcsd, scheduler);
   smMemberAdd(sm.get());
   sm->hasNotificationActiveIs(hasNotificationActive());
-  if (af == AddressFamily::ipv6) {
-    mfib6Sm_.is(*this, vrf, sm);
-  } else {
-    mfibSm_.is(*this, vrf, sm);
-  }
+  mfibSm_[af].is(*this, vrf, sm);
   return sm;
 }
 
@@ -185,28 +173,7 @@ void VrfPipelineControl::mfibSmDel(const L3::VrfName& vrf, AddressFamily af) {
   smMemberDel(sm.get());
   sm->qelDoZombieReactors(true);
   sm->hasNotificationActiveIs(false);
-  if (af == AddressFamily::ipv6) {
-    mfib6Sm_.del(*this, vrf);
-  } else {
-    mfibSm_.del(*this, vrf);
-  }
-}
-
-void VrfPipelineControl::pimRegRxVrfIs(const L3::VrfName& vrf, AddressFamily af,
-                                       const Lumo::Ptr<PimRegRx>& port) {
-  if (af == AddressFamily::ipv6) {
-    pimRegRx6Vrf_.is(*this, vrf, port);
-  } else {
-    pimRegRxVrf_.is(*this, vrf, port);
-  }
-}
-
-void VrfPipelineControl::pimRegRxVrfDel(const L3::VrfName& vrf, AddressFamily af) {
-  if (af == AddressFamily::ipv6) {
-    pimRegRx6Vrf_.del(*this, vrf);
-  } else {
-    pimRegRxVrf_.del(*this, vrf);
-  }
+  mfibSm_[af].del(*this, vrf);
 }
 
 // ---- Bridge MAC address ----
@@ -234,7 +201,7 @@ void VrfPipelineControl::handleBridgeMacAddr() {
 
 void VrfPipelineControl::handleAppRootSm(AddressFamily af, const L3::VrfName& vrf) {
   if (!isSupported(af)) return;
-  auto& nested = af == AddressFamily::ipv6 ? HN_NestedSm_AppRoot6Sm_ : HN_NestedSm_AppRootSm_;
+  auto& nested = HN_NestedSm_AppRootSm_[af];
   if (auto appRootSm = mcastIntfRoot(af)->vrfSm(vrf)) {
     nested.smIs(appRootSm);
   } else {
@@ -280,14 +247,11 @@ void VrfPipelineControl::handleMfibModule(const L3::VrfName& vrf, AddressFamily 
 
 void VrfPipelineControl::mfibVrfDirIs(AddressFamily af,
                                       const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& dir) {
-  auto& dispatch = af == AddressFamily::ipv6 ? mfib6VrfDirDispatch_ : mfibVrfDirDispatch_;
-  dispatch.publisherIs(dir.get());
-  dispatch.isRegisteredIs(true);
+  mfibVrfDirDispatch_.publisherIs(af, dir.get());
 }
 
 void VrfPipelineControl::handleMfibVrfAdapter(AddressFamily af, const L3::VrfName& vrf) {
-  auto& nested = af == AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_
-                                           : HN_NestedSm_MfibVrfAdapter_;
+  auto& nested = HN_NestedSm_MfibVrfAdapter_[af];
   if (auto adapter = agent_->mfibVrfDir(af)->vrfAdapter(vrf)) {
     nested.smIs(adapter);
     return;
@@ -300,14 +264,10 @@ void VrfPipelineControl::handleMfibVrfAdapter(AddressFamily af, const L3::VrfNam
 }
 
 void VrfPipelineControl::kernelMfibConfigCollIs(AddressFamily af) {
-  const auto& configColl = agent_->inputs().kernelMfibConfigColl[af];
-  auto& dispatch =
-      af == AddressFamily::ipv6 ? kernelMfibConfigColl6Dispatch_ : kernelMfibConfigCollDispatch_;
-  dispatch.publisherIs(const_cast<Routing::KernelMfib::ConfigColl*>(configColl.get()));
-  dispatch.isRegisteredIs(true);
+  kernelMfibConfigCollDispatch_.publisherIs(af, agent_->inputs().kernelMfibConfigColl[af].get());
 }
 
-void VrfPipelineControl::handleKernelMfibConfig(const L3::VrfName& vrf, AddressFamily af) {
+void VrfPipelineControl::handleKernelMfibConfig(AddressFamily af, const L3::VrfName& vrf) {
   const Lumo::Ptr<VekL3MfibSm> sm = mfibSm(vrf, af);
   if (!sm) {
     VEK_TRACE(info, "No mfib SM, nothing to do");
@@ -328,11 +288,8 @@ void VrfPipelineControl::handleKernelMfibConfig(const L3::VrfName& vrf, AddressF
 void VrfPipelineControl::handleCleanup() {
   bridgingConfigDispatch_.isRegisteredIs(false);
   mcastIntfRootDispatch_.isRegisteredIs(false);
-  mcastIntfRoot6Dispatch_.isRegisteredIs(false);
   kernelMfibConfigCollDispatch_.isRegisteredIs(false);
-  kernelMfibConfigColl6Dispatch_.isRegisteredIs(false);
   mfibVrfDirDispatch_.isRegisteredIs(false);
-  mfib6VrfDirDispatch_.isRegisteredIs(false);
 }
 
 void VrfPipelineControl::doDeleteRouteMachines() {
@@ -342,10 +299,8 @@ void VrfPipelineControl::doDeleteRouteMachines() {
 }
 
 void VrfPipelineControl::doDeleteNestedMachines() {
-  HN_NestedSm_MfibVrfAdapter_.smDelAll();
-  HN_NestedSm_Mfib6VrfAdapter_.smDelAll();
-  HN_NestedSm_AppRootSm_.smDelAll();
-  HN_NestedSm_AppRoot6Sm_.smDelAll();
+  for (AddressFamily af : Lanx::bothFamilies) HN_NestedSm_MfibVrfAdapter_[af].smDelAll();
+  appRootSmDelAll();
 }
 
 }  // namespace VekL3Mcast

@@ -15,6 +15,8 @@
 #include "runtime/qel/StateMachine.h"
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/state/AddressFamily.h"
+#include "runtime/state/ByFamily.h"
+#include "runtime/state/ByFamilyAttr.h"
 #include "runtime/state/VrfId.h"
 #include "runtime/state/VrfName.h"
 #include "runtime/state/bridging/Config.h"
@@ -59,7 +61,7 @@ class VrfPipelineControl : public Qel::StateMachine {
 
   const Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>& mcastIntfRoot(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mcastIntfRoot6_.get() : mcastIntfRoot_.get();
+    return mcastIntfRoot_[af].get();
   }
   // Follows the VRF adapters of a family's route directory, those there now included.
   void mfibVrfDirIs(Lanx::AddressFamily af, const Lumo::Ptr<Routing::Multicast::Fib::MfibVrfDir>& dir);
@@ -69,20 +71,20 @@ class VrfPipelineControl : public Qel::StateMachine {
   // ---- Per VRF ----
 
   Lumo::Ptr<MfibAf> mfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.get(vrf) : mfibModule_.get(vrf);
+    return mfibModule_[af].get(vrf);
   }
   const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<MfibAf>>& mfibModules(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Module_.members() : mfibModule_.members();
+    return mfibModule_[af].members();
   }
   void mfibModuleIs(const Lumo::Ptr<MfibAf>& module);
   void mfibModuleDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
   Lumo::Ptr<VekL3MfibSm> mfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.get(vrf) : mfibSm_.get(vrf);
+    return mfibSm_[af].get(vrf);
   }
   const Qel::HashMap2018<L3::VrfName, Lumo::Ptr<VekL3MfibSm>>& mfibSms(
       Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mfib6Sm_.members() : mfibSm_.members();
+    return mfibSm_[af].members();
   }
   // The route machine of a VRF and family; it hangs below this control.
   Lumo::Ptr<VekL3MfibSm> mfibSmIs(const L3::VrfName& vrf, Lanx::AddressFamily af, bool oru,
@@ -100,21 +102,24 @@ class VrfPipelineControl : public Qel::StateMachine {
   }
   void mcastAnyRxSetDel(const L3::VrfName& vrf) { mcastAnyRxSet_.del(*this, vrf); }
   Lumo::Ptr<PimRegRx> pimRegRxVrf(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? pimRegRx6Vrf_.get(vrf) : pimRegRxVrf_.get(vrf);
+    return pimRegRxVrf_[af].get(vrf);
   }
   void pimRegRxVrfIs(const L3::VrfName& vrf, Lanx::AddressFamily af,
-                     const Lumo::Ptr<PimRegRx>& port);
-  void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af);
+                     const Lumo::Ptr<PimRegRx>& port) {
+    pimRegRxVrf_[af].is(*this, vrf, port);
+  }
+  void pimRegRxVrfDel(const L3::VrfName& vrf, Lanx::AddressFamily af) {
+    pimRegRxVrf_[af].del(*this, vrf);
+  }
   bool mfibVrfAdapterSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_Mfib6VrfAdapter_.has(vrf)
-                                           : HN_NestedSm_MfibVrfAdapter_.has(vrf);
+    return HN_NestedSm_MfibVrfAdapter_[af].has(vrf);
   }
   bool appRootSmHas(const L3::VrfName& vrf, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_AppRoot6Sm_.has(vrf)
-                                           : HN_NestedSm_AppRootSm_.has(vrf);
+    return HN_NestedSm_AppRootSm_[af].has(vrf);
   }
-  void appRootSmDelAll() { HN_NestedSm_AppRootSm_.smDelAll(); }
-  void appRoot6SmDelAll() { HN_NestedSm_AppRoot6Sm_.smDelAll(); }
+  void appRootSmDelAll() {
+    for (Lanx::AddressFamily af : Lanx::bothFamilies) HN_NestedSm_AppRootSm_[af].smDelAll();
+  }
 
   // ---- Reactors and steps ----
 
@@ -124,7 +129,7 @@ class VrfPipelineControl : public Qel::StateMachine {
   void handleAppRootSm(Lanx::AddressFamily af, const L3::VrfName& vrf);
   void handleMcastIntf(const L3::VrfName& vrf, Lanx::IntfId intf, Lanx::AddressFamily af);
   void handleMfibModule(const L3::VrfName& vrf, Lanx::AddressFamily af);
-  void handleKernelMfibConfig(const L3::VrfName& vrf, Lanx::AddressFamily af);
+  void handleKernelMfibConfig(Lanx::AddressFamily af, const L3::VrfName& vrf);
   void handleMfibVrfAdapter(Lanx::AddressFamily af, const L3::VrfName& vrf);
 
   // The agent's way down, in its order: stop following the inputs, drop the route
@@ -141,74 +146,47 @@ class VrfPipelineControl : public Qel::StateMachine {
   // A new FIB module's VRF catches up on the provider side: its ids and its provider
   // interfaces, once the provider side is up and wanted.
   void doCatchUpProviderSide();
-  void handleAppRootSm4(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv4, vrf); }
-  void handleAppRootSm6(const L3::VrfName& vrf) { handleAppRootSm(Lanx::AddressFamily::ipv6, vrf); }
-  void handleKernelMfibConfig4(const L3::VrfName& vrf) {
-    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv4);
-  }
-  void handleKernelMfibConfig6(const L3::VrfName& vrf) {
-    handleKernelMfibConfig(vrf, Lanx::AddressFamily::ipv6);
-  }
-  void handleMfibVrfAdapter4(const L3::VrfName& vrf) {
-    handleMfibVrfAdapter(Lanx::AddressFamily::ipv4, vrf);
-  }
-  void handleMfibVrfAdapter6(const L3::VrfName& vrf) {
-    handleMfibVrfAdapter(Lanx::AddressFamily::ipv6, vrf);
-  }
+
+  using MfibVrfAdapterSms =
+      Qel::NestedSmCollection<VrfPipelineControl, NestedSm_MfibVrfAdapter,
+                              &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>;
+  using AppRootSms = Qel::NestedSmCollection<VrfPipelineControl, NestedSm_AppRootSm,
+                                             &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>;
 
   MfaAgent* agent_;
 
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot>
+  Lanx::ByFamilyAttr<
+      Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot>,
+      kMcastIntfRoot6>
       mcastIntfRoot_;
-  Qel::ValueAttr<Lumo::Ptr<Routing::Multicast::MulticastIntfsAppRootSmColl>, kMcastIntfRoot6>
-      mcastIntfRoot6_;
-
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfibModule> mfibModule_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfib6Module> mfib6Module_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfibSm> mfibSm_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfib6Sm> mfib6Sm_;
+  Lanx::ByFamilyAttr<Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<MfibAf>, kMfibModule>,
+                     kMfib6Module>
+      mfibModule_;
+  Lanx::ByFamilyAttr<Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<VekL3MfibSm>, kMfibSm>,
+                     kMfib6Sm>
+      mfibSm_;
   Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<McastAnyRxSet>, kMcastAnyRxSet> mcastAnyRxSet_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRxVrf> pimRegRxVrf_;
-  Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRx6Vrf> pimRegRx6Vrf_;
-  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_MfibVrfAdapter,
-                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
-      HN_NestedSm_MfibVrfAdapter_{this};
-  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_MfibVrfAdapter,
-                          &Routing::Multicast::Fib::MfibVrfAdapter::vrfName>
-      HN_NestedSm_Mfib6VrfAdapter_{this};
-  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_AppRootSm,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_AppRootSm_{this};
-  Qel::NestedSmCollection<VrfPipelineControl, NestedSm_AppRootSm,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_AppRoot6Sm_{this};
+  Lanx::ByFamilyAttr<Qel::HashCollectionAttr<L3::VrfName, Lumo::Ptr<PimRegRx>, kPimRegRxVrf>,
+                     kPimRegRx6Vrf>
+      pimRegRxVrf_;
+  Lanx::ByFamily<MfibVrfAdapterSms> HN_NestedSm_MfibVrfAdapter_{MfibVrfAdapterSms(this),
+                                                                MfibVrfAdapterSms(this)};
+  Lanx::ByFamily<AppRootSms> HN_NestedSm_AppRootSm_{AppRootSms(this), AppRootSms(this)};
 
   // Reactors, declared last so that they go before what they watch.
   Qel::SmSubscriber<VrfPipelineControl> bridgingConfigDispatch_{
       this, &Qel::reactorDispatch<VrfPipelineControl, Bridging::Config::kBridgeMacAddr,
                                   &VrfPipelineControl::handleBridgeMacAddr>};
-  Qel::SmSubscriber<VrfPipelineControl> mcastIntfRootDispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl,
-                                  Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
-                                  &VrfPipelineControl::handleAppRootSm4>};
-  Qel::SmSubscriber<VrfPipelineControl> kernelMfibConfigCollDispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl, Routing::KernelMfib::ConfigColl::kConfig,
-                                  &VrfPipelineControl::handleKernelMfibConfig4>};
-  Qel::SmSubscriber<VrfPipelineControl> kernelMfibConfigColl6Dispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl, Routing::KernelMfib::ConfigColl::kConfig,
-                                  &VrfPipelineControl::handleKernelMfibConfig6>};
-  Qel::SmSubscriber<VrfPipelineControl> mfibVrfDirDispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl,
-                                  Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
-                                  &VrfPipelineControl::handleMfibVrfAdapter4>};
-  Qel::SmSubscriber<VrfPipelineControl> mfib6VrfDirDispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl,
-                                  Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
-                                  &VrfPipelineControl::handleMfibVrfAdapter6>};
-  Qel::SmSubscriber<VrfPipelineControl> mcastIntfRoot6Dispatch_{
-      this, &Qel::reactorDispatch<VrfPipelineControl,
-                                  Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
-                                  &VrfPipelineControl::handleAppRootSm6>};
+  Lanx::ByFamilyReactor<VrfPipelineControl,
+                        Routing::Multicast::MulticastIntfsAppRootSmColl::kVrfSm,
+                        &VrfPipelineControl::handleAppRootSm>
+      mcastIntfRootDispatch_{this};
+  Lanx::ByFamilyReactor<VrfPipelineControl, Routing::KernelMfib::ConfigColl::kConfig,
+                        &VrfPipelineControl::handleKernelMfibConfig>
+      kernelMfibConfigCollDispatch_{this};
+  Lanx::ByFamilyReactor<VrfPipelineControl, Routing::Multicast::Fib::MfibVrfDir::kVrfAdapter,
+                        &VrfPipelineControl::handleMfibVrfAdapter>
+      mfibVrfDirDispatch_{this};
 };
 
 }  // namespace VekL3Mcast

@@ -1,23 +1,36 @@
 #pragma once
 
-#include "intf/McastIntfVrfSmBase.h"
+#include <string_view>
+
+#include "runtime/lumo/Ptr.h"
+#include "runtime/qel/NotifieeConst.h"
+#include "runtime/qel/StateMachine.h"
+#include "runtime/state/IntfId.h"
+#include "runtime/state/multicast/MulticastIntfsAppRootSm.h"
 
 namespace VekL3Mcast {
 
-// Follows the IPv4 multicast interfaces of one VRF for the interface tracker.
-class NestedSm_McastIntfVrfSm : public McastIntfVrfSmBase {
+class McastIntfModuleSm;
+
+// Follows the multicast interfaces of one VRF and family for the interface tracker: every
+// interface that comes or goes, and every interface at a (re)scan, is queued for the review
+// of the family its status names. Nothing is worked here.
+class NestedSm_McastIntfVrfSm : public Qel::StateMachine,
+                                public Qel::NotifieeConstOf<Routing::Multicast::MulticastIntfsAppRootSm> {
  public:
-  NestedSm_McastIntfVrfSm(McastIntfModuleSm* owner, Lumo::Ptr<Root const> root)
-      : McastIntfVrfSmBase(owner, std::move(root)) {
-    handleInitialized();
-  }
+  using Root = Routing::Multicast::MulticastIntfsAppRootSm;
+
+  NestedSm_McastIntfVrfSm(McastIntfModuleSm* owner, Lumo::Ptr<Root const> root);
   std::string_view typeName() const override { return "VekL3Mcast::NestedSm_McastIntfVrfSm"; }
 
   void handleInitialized() override { handleMcastVrf(); }
-  void reviewMcastIntf(const L3::VrfName& vrfName, Lanx::IntfId intfId) {
-    doSchedule(vrfName, intfId);
-  }
-  void handleMcastVrf() { doScheduleAll(); }
+  void onAttribute(Qel::AttributeId id, const void* key) override;
+  void reviewMcastIntf(const L3::VrfName& vrfName, Lanx::IntfId intfId);
+  // Queues every interface the VRF has now.
+  void handleMcastVrf();
+
+ private:
+  McastIntfModuleSm* owner_;
 };
 
 }  // namespace VekL3Mcast

@@ -31,17 +31,15 @@ McastIntfModuleSm::McastIntfModuleSm(
     : manager_(std::move(manager)),
       vekcsd_(std::move(vekcsd)),
       cmdConfigGroup_(std::move(cmdConfigGroup)),
-      mcastIntfRoot_(std::move(mcastIntfRoot)),
-      mcastIntfRoot6_(std::move(mcastIntfRoot6)),
+      mcastIntfRoot_{std::move(mcastIntfRoot), std::move(mcastIntfRoot6)},
       vrfDeviceIntfStatusDir_(std::move(vrfDeviceIntfStatusDir)),
       intfVlanIdTable_(std::move(intfVlanIdTable)) {
   Qel::Clock::NotifieeConst::notifierIs(std::move(clock));
   intfVlanIdTableReactor_.publisherIs(const_cast<IntfVlanId::Table*>(intfVlanIdTable_.get()));
   intfVlanIdTableReactor_.isRegisteredIs(true);
-  mcastIntfRootReactor_.publisherIs(const_cast<Roots*>(mcastIntfRoot_.get()));
-  mcastIntfRootReactor_.isRegisteredIs(true);
-  mcastIntfRoot6Reactor_.publisherIs(const_cast<Roots*>(mcastIntfRoot6_.get()));
-  mcastIntfRoot6Reactor_.isRegisteredIs(true);
+  for (AddressFamily af : Lanx::bothFamilies) {
+    mcastIntfRootReactor_.publisherIs(af, mcastIntfRoot_[af].get());
+  }
   vrfDeviceIntfStatusDirReactor_.publisherIs(
       const_cast<Interface::VrfDeviceIntfStatusDir*>(vrfDeviceIntfStatusDir_.get()));
   vrfDeviceIntfStatusDirReactor_.isRegisteredIs(true);
@@ -50,17 +48,17 @@ McastIntfModuleSm::McastIntfModuleSm(
 
 McastIntfModuleSm::~McastIntfModuleSm() {
   wakeupTimeDel();
-  HN_NestedSm_McastIntfVrfSm_.smDelAll();
-  HN_NestedSm_McastIntfVrfSm6_.smDelAll();
+  for (AddressFamily af : Lanx::bothFamilies) HN_NestedSm_McastIntfVrfSm_[af].smDelAll();
   HN_NestedSm_KernelVrfIntfStatusDir_.smDelAll();
 }
 
 // ---- Start ----
 
 void McastIntfModuleSm::handleInitialized() {
-  for (const auto& member : mcastIntfRoot_->vrfSms()) HN_NestedSm_McastIntfVrfSm_.smIs(member.value);
-  for (const auto& member : mcastIntfRoot6_->vrfSms()) {
-    HN_NestedSm_McastIntfVrfSm6_.smIs(member.value);
+  for (AddressFamily af : Lanx::bothFamilies) {
+    for (const auto& member : mcastIntfRoot_[af]->vrfSms()) {
+      HN_NestedSm_McastIntfVrfSm_[af].smIs(member.value);
+    }
   }
   doFollowNamespaces();
 
@@ -94,24 +92,15 @@ void McastIntfModuleSm::doUpdateNextReview() {
 
 // ---- Inputs ----
 
-void McastIntfModuleSm::handleMcastIntfVrf(const L3::VrfName& vrfName) {
-  doFollowVrf(HN_NestedSm_McastIntfVrfSm_, AddressFamily::ipv4, vrfName);
-}
-
-void McastIntfModuleSm::handleMcastIntfVrf6(const L3::VrfName& vrfName) {
-  doFollowVrf(HN_NestedSm_McastIntfVrfSm6_, AddressFamily::ipv6, vrfName);
-}
-
-template <typename Followers>
-void McastIntfModuleSm::doFollowVrf(Followers& followers, AddressFamily af,
-                                    const L3::VrfName& vrfName) {
+void McastIntfModuleSm::handleMcastIntfVrf(AddressFamily af, const L3::VrfName& vrfName) {
+  McastIntfVrfSms& followers = HN_NestedSm_McastIntfVrfSm_[af];
   if (const auto root = mcastIntfRoot(af)->vrfSm(vrfName)) {
     followers.smIs(root);
     return;
   }
   if (const auto gone = followers.sm(vrfName)) {
     // Whatever the VRF still listed goes with it.
-    gone->doScheduleAll();
+    gone->handleMcastVrf();
     followers.smDel(vrfName);
   }
 }
@@ -129,7 +118,7 @@ void McastIntfModuleSm::handleKernelVrfIntfStatusDir(const Lumo::String& nsName)
   // The namespace's interfaces have lost their devices.
   if (const auto devices = gone->kernelIntfs()) {
     for (const auto& device : devices->devices()) {
-      changedVrfIntfIs(VrfIntfPair{gone->vrfName(), device.key});
+      changedVrfIntfIs(AddressFamily::ipv4, VrfIntfPair{gone->vrfName(), device.key});
     }
   }
   HN_NestedSm_KernelVrfIntfStatusDir_.smDel(nsName);
@@ -257,7 +246,7 @@ void McastIntfModuleSm::handleNotificationActive() {
   // A namespace whose devices came while notification was off (the default one comes as the
   // agent starts) is followed from now on.
   doFollowNamespaces();
-  if (!changedVrfIntf_.empty() || !changedVrfIntf6_.empty()) doUpdateNextReview();
+  if (reviewPending()) doUpdateNextReview();
 }
 
 template <typename Iterator>
@@ -265,11 +254,7 @@ bool McastIntfModuleSm::doReviewOne(Iterator& iter, AddressFamily af) {
   if (iter.done()) return false;
   const VrfIntfPair pair = iter.currNodeMaybeStale().key;
   checkMcastIntf(pair.vrfName, pair.intfId);
-  if (af == AddressFamily::ipv6) {
-    changedVrfIntf6Del(pair);
-  } else {
-    changedVrfIntfDel(pair);
-  }
+  changedVrfIntfDel(af, pair);
   iter.advance();
   return true;
 }
@@ -283,8 +268,10 @@ void McastIntfModuleSm::handleClock() {
   const auto startAt = [](const ChangedVrfIntfs& set, const Qel::Optional<VrfIntfPair>& mark) {
     return mark.hasValue() ? set.iteratorAt(mark.value()) : set.iterator();
   };
-  auto iter = startAt(changedVrfIntf_.members(), bookmarkVrfIntf_);
-  auto iter6 = startAt(changedVrfIntf6_.members(), bookmarkVrfIntf6_);
+  using Iterator = decltype(startAt(changedVrfIntfs(AddressFamily::ipv4), {}));
+  Lanx::ByFamily<Iterator> iters{
+      startAt(changedVrfIntfs(AddressFamily::ipv4), bookmarkVrfIntf_[AddressFamily::ipv4]),
+      startAt(changedVrfIntfs(AddressFamily::ipv6), bookmarkVrfIntf_[AddressFamily::ipv6])};
   const auto bookmarkAt = [](const auto& at) {
     return at.done() ? Qel::Optional<VrfIntfPair>() : Qel::Optional<VrfIntfPair>(at.currNodeMaybeStale().key);
   };
@@ -292,9 +279,8 @@ void McastIntfModuleSm::handleClock() {
   double stepStart = start;
   for (bool worked = true; worked && !suspended;) {
     worked = false;
-    for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
-      const bool did = af == AddressFamily::ipv6 ? doReviewOne(iter6, af) : doReviewOne(iter, af);
-      if (!did) continue;
+    for (AddressFamily af : Lanx::bothFamilies) {
+      if (!doReviewOne(iters[af], af)) continue;
       worked = true;
       const double now = Qel::System::currentTime();
       longestReviewStep_ = std::max(longestReviewStep_, now - stepStart);
@@ -305,13 +291,12 @@ void McastIntfModuleSm::handleClock() {
       }
     }
   }
-  bookmarkVrfIntf_ = bookmarkAt(iter);
-  bookmarkVrfIntf6_ = bookmarkAt(iter6);
+  for (AddressFamily af : Lanx::bothFamilies) bookmarkVrfIntf_[af] = bookmarkAt(iters[af]);
   longestReviewSlice_ = std::max(longestReviewSlice_, stepStart - start);
   if (suspended) {
     VEK_TRACE(info, "Suspending review");
     reviewTimer_->doUpdateNextReviewImmediately();
-  } else if (!changedVrfIntf_.empty() || !changedVrfIntf6_.empty()) {
+  } else if (reviewPending()) {
     reviewTimer_->doUpdateNextReviewImmediately();
   } else {
     VEK_TRACE(info, "Reviewed all vrf intfs");

@@ -5,7 +5,6 @@
 
 #include "intf/NestedSm_KernelVrfIntfStatusDir.h"
 #include "intf/NestedSm_McastIntfVrfSm.h"
-#include "intf/NestedSm_McastIntfVrfSm6.h"
 #include "intf/NotificationWatch.h"
 #include "intf/VrfIntfPair.h"
 #include "intf/VrfNameAndIntfIdKey.h"
@@ -21,6 +20,8 @@
 #include "runtime/qel/StateMachine.h"
 #include "runtime/qel/ValueAttr.h"
 #include "runtime/state/AddressFamily.h"
+#include "runtime/state/ByFamily.h"
+#include "runtime/state/ByFamilyAttr.h"
 #include "runtime/state/IntfId.h"
 #include "runtime/state/VrfName.h"
 #include "runtime/state/intf/IntfVlanIdTable.h"
@@ -94,8 +95,8 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   // still queued asks for one again once notification is back.
   void handleNotificationActive();
   void handleIntfIdToVlanId(Lanx::IntfId intfId);
-  void handleMcastIntfVrf(const L3::VrfName& vrfName);
-  void handleMcastIntfVrf6(const L3::VrfName& vrfName);
+  // Follows the VRF's multicast interfaces of the family while the VRF has them.
+  void handleMcastIntfVrf(Lanx::AddressFamily af, const L3::VrfName& vrfName);
   void handleKernelVrfIntfStatusDir(const Lumo::String& nsName);
 
   // ---- Attributes ----
@@ -104,7 +105,7 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   const Lumo::Ptr<Vek::VekCommonSmData>& vekcsd() const noexcept { return vekcsd_; }
   const Lumo::Ptr<Vek::CmdConfigGroup>& cmdConfigGroup() const noexcept { return cmdConfigGroup_; }
   const Lumo::Ptr<Roots const>& mcastIntfRoot(Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? mcastIntfRoot6_ : mcastIntfRoot_;
+    return mcastIntfRoot_[af];
   }
   const Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const>& vrfDeviceIntfStatusDir()
       const noexcept {
@@ -115,8 +116,7 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   }
 
   bool mcastIntfVrfSmHas(const L3::VrfName& vrfName, Lanx::AddressFamily af) const {
-    return af == Lanx::AddressFamily::ipv6 ? HN_NestedSm_McastIntfVrfSm6_.has(vrfName)
-                                           : HN_NestedSm_McastIntfVrfSm_.has(vrfName);
+    return HN_NestedSm_McastIntfVrfSm_[af].has(vrfName);
   }
   Lumo::Ptr<NestedSm_KernelVrfIntfStatusDir> kernelVrfIntfStatusDir(
       const Lumo::String& nsName) const {
@@ -124,22 +124,19 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   }
 
   const ChangedVrfIntfs& changedVrfIntfs(Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? changedVrfIntf6_.members()
-                                           : changedVrfIntf_.members();
+    return changedVrfIntf_[af].members();
   }
-  void changedVrfIntfIs(const VrfIntfPair& pair) { changedVrfIntf_.is(*this, pair); }
-  void changedVrfIntf6Is(const VrfIntfPair& pair) { changedVrfIntf6_.is(*this, pair); }
-  void changedVrfIntfDel(const VrfIntfPair& pair) { changedVrfIntf_.del(*this, pair); }
-  void changedVrfIntf6Del(const VrfIntfPair& pair) { changedVrfIntf6_.del(*this, pair); }
-  // The set of the family.
   void changedVrfIntfIs(Lanx::AddressFamily af, const VrfIntfPair& pair) {
-    af == Lanx::AddressFamily::ipv6 ? changedVrfIntf6Is(pair) : changedVrfIntfIs(pair);
+    changedVrfIntf_[af].is(*this, pair);
+  }
+  void changedVrfIntfDel(Lanx::AddressFamily af, const VrfIntfPair& pair) {
+    changedVrfIntf_[af].del(*this, pair);
   }
   // Asks for a review, once the review timer stands.
   void doUpdateNextReview();
 
   const Qel::Optional<VrfIntfPair>& bookmarkVrfIntf(Lanx::AddressFamily af) const noexcept {
-    return af == Lanx::AddressFamily::ipv6 ? bookmarkVrfIntf6_ : bookmarkVrfIntf_;
+    return bookmarkVrfIntf_[af];
   }
 
   // The ifIndex last sent for an interface; 0 if none.
@@ -173,9 +170,11 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   // and moves on. False when the iterator had nothing left.
   template <typename Iterator>
   bool doReviewOne(Iterator& iter, Lanx::AddressFamily af);
-  // Follows the VRF's multicast interfaces of the family while the VRF has them.
-  template <typename Followers>
-  void doFollowVrf(Followers& followers, Lanx::AddressFamily af, const L3::VrfName& vrfName);
+  // Whether either family still has interfaces queued for review.
+  bool reviewPending() const {
+    return !changedVrfIntf_[Lanx::AddressFamily::ipv4].empty() ||
+           !changedVrfIntf_[Lanx::AddressFamily::ipv6].empty();
+  }
   // The interface's entry in the demultiplexer, with its VLAN.
   void doIntfIdToVlanId(Lanx::IntfId intfId);
   Lumo::Ptr<Interface::DeviceIntfStatusDir> kernelIntfs(const L3::VrfName& vrfName) const;
@@ -183,25 +182,20 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   Lumo::Ptr<McastModuleManager> manager_;
   Lumo::Ptr<Vek::VekCommonSmData> vekcsd_;
   Lumo::Ptr<Vek::CmdConfigGroup> cmdConfigGroup_;
-  Lumo::Ptr<Roots const> mcastIntfRoot_;
-  Lumo::Ptr<Roots const> mcastIntfRoot6_;
+  Lanx::ByFamily<Lumo::Ptr<Roots const>> mcastIntfRoot_;
   Lumo::Ptr<Interface::VrfDeviceIntfStatusDir const> vrfDeviceIntfStatusDir_;
   Lumo::Ptr<IntfVlanId::Table const> intfVlanIdTable_;
 
-  Qel::NestedSmCollection<McastIntfModuleSm, NestedSm_McastIntfVrfSm,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_McastIntfVrfSm_{this};
-  Qel::NestedSmCollection<McastIntfModuleSm, NestedSm_McastIntfVrfSm6,
-                          &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>
-      HN_NestedSm_McastIntfVrfSm6_{this};
+  using McastIntfVrfSms = Qel::NestedSmCollection<McastIntfModuleSm, NestedSm_McastIntfVrfSm,
+                                                  &Routing::Multicast::MulticastIntfsAppRootSm::vrfName>;
+  Lanx::ByFamily<McastIntfVrfSms> HN_NestedSm_McastIntfVrfSm_{McastIntfVrfSms(this),
+                                                              McastIntfVrfSms(this)};
   Qel::NestedSmCollection<McastIntfModuleSm, NestedSm_KernelVrfIntfStatusDir,
                           &Interface::DeviceVrfIntfStatusDir::name>
       HN_NestedSm_KernelVrfIntfStatusDir_{this};
 
-  Qel::SetAttr<VrfIntfPair, kChangedVrfIntf> changedVrfIntf_;
-  Qel::SetAttr<VrfIntfPair, kChangedVrfIntf6> changedVrfIntf6_;
-  Qel::Optional<VrfIntfPair> bookmarkVrfIntf_;
-  Qel::Optional<VrfIntfPair> bookmarkVrfIntf6_;
+  Lanx::ByFamilyAttr<Qel::SetAttr<VrfIntfPair, kChangedVrfIntf>, kChangedVrfIntf6> changedVrfIntf_;
+  Lanx::ByFamily<Qel::Optional<VrfIntfPair>> bookmarkVrfIntf_;
   Qel::HashCollectionAttr<VrfNameAndIntfId, std::uint32_t, kIfIndexByVrfNameAndIntfId>
       ifIndexByVrfNameAndIntfId_;
   Lumo::Ptr<Dov::ReviewTimer> reviewTimer_;
@@ -215,12 +209,8 @@ class McastIntfModuleSm : public Qel::StateMachine, public Qel::Clock::NotifieeC
   Qel::SmSubscriber<McastIntfModuleSm> intfVlanIdTableReactor_{
       this, &Qel::reactorDispatch<McastIntfModuleSm, IntfVlanId::Table::kIntfIdToVlanId,
                                   &McastIntfModuleSm::handleIntfIdToVlanId>};
-  Qel::SmSubscriber<McastIntfModuleSm> mcastIntfRootReactor_{
-      this, &Qel::reactorDispatch<McastIntfModuleSm, Roots::kVrfSm,
-                                  &McastIntfModuleSm::handleMcastIntfVrf>};
-  Qel::SmSubscriber<McastIntfModuleSm> mcastIntfRoot6Reactor_{
-      this, &Qel::reactorDispatch<McastIntfModuleSm, Roots::kVrfSm,
-                                  &McastIntfModuleSm::handleMcastIntfVrf6>};
+  Lanx::ByFamilyReactor<McastIntfModuleSm, Roots::kVrfSm, &McastIntfModuleSm::handleMcastIntfVrf>
+      mcastIntfRootReactor_{this};
   Qel::SmSubscriber<McastIntfModuleSm> vrfDeviceIntfStatusDirReactor_{
       this, &Qel::reactorDispatch<McastIntfModuleSm, Qel::Dir::kChild,
                                   &McastIntfModuleSm::handleKernelVrfIntfStatusDir>};

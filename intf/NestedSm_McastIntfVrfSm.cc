@@ -1,23 +1,23 @@
-#include "intf/McastIntfVrfSmBase.h"
-
-#include <vector>
+#include "intf/NestedSm_McastIntfVrfSm.h"
 
 #include "intf/VekL3McastIntfSm.h"
 #include "runtime/trace/Trace.h"
 
 namespace VekL3Mcast {
 
-McastIntfVrfSmBase::McastIntfVrfSmBase(McastIntfModuleSm* owner, Lumo::Ptr<Root const> root)
+NestedSm_McastIntfVrfSm::NestedSm_McastIntfVrfSm(McastIntfModuleSm* owner,
+                                                 Lumo::Ptr<Root const> root)
     : Qel::NotifieeConstOf<Root>(this), owner_(owner) {
   notifierIs(std::move(root));
+  handleInitialized();
 }
 
-void McastIntfVrfSmBase::onAttribute(Qel::AttributeId id, const void* key) {
+void NestedSm_McastIntfVrfSm::onAttribute(Qel::AttributeId id, const void* key) {
   if (id != Root::kMulticastIntf) return;
-  doSchedule(notifier()->vrfName(), *static_cast<const Lanx::IntfId*>(key));
+  reviewMcastIntf(notifier()->vrfName(), *static_cast<const Lanx::IntfId*>(key));
 }
 
-void McastIntfVrfSmBase::doScheduleAll() {
+void NestedSm_McastIntfVrfSm::handleMcastVrf() {
   const Root* root = notifier();
   for (const auto& member : root->multicastIntfs()) {
     VEK_TRACE(debug, "Scheduling: {}", member.key);
@@ -26,7 +26,7 @@ void McastIntfVrfSmBase::doScheduleAll() {
   owner_->doUpdateNextReview();
 }
 
-void McastIntfVrfSmBase::doSchedule(const L3::VrfName& vrfName, Lanx::IntfId intfId) {
+void NestedSm_McastIntfVrfSm::reviewMcastIntf(const L3::VrfName& vrfName, Lanx::IntfId intfId) {
   owner_->changedVrfIntfIs(notifier()->af(), VrfIntfPair{vrfName, intfId});
   owner_->doUpdateNextReview();
 }
