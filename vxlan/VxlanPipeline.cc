@@ -46,12 +46,15 @@ void follow(Qel::SmSubscriber<VxlanPipeline>& reactor, const Lumo::Ptr<Entity co
 
 void VxlanPipeline::handleInitialized() {
   follow(vtiStatusDirDispatch_, vtiStatusDir());
-  follow(tunnelFwdingStatus4Dispatch_, tunnelFwdingStatus(AddressFamily::ipv4));
-  follow(tunnelFwdingStatus6Dispatch_, tunnelFwdingStatus(AddressFamily::ipv6));
-  follow(tunDecapConfig4Dispatch_, tunDecapConfig(AddressFamily::ipv4));
-  follow(tunDecapConfig6Dispatch_, tunDecapConfig(AddressFamily::ipv6));
-  follow(mcastIrbStatus4Dispatch_, mcastIrbStatus(AddressFamily::ipv4));
-  follow(mcastIrbStatus6Dispatch_, mcastIrbStatus(AddressFamily::ipv6));
+  for (AddressFamily af : Lanx::bothFamilies) {
+    tunnelFwdingStatusDispatch_.publisherIs(af, tunnelFwdingStatus(af).get());
+  }
+  for (AddressFamily af : Lanx::bothFamilies) {
+    tunDecapConfigDispatch_.publisherIs(af, tunDecapConfig(af).get());
+  }
+  for (AddressFamily af : Lanx::bothFamilies) {
+    mcastIrbStatusDispatch_.publisherIs(af, mcastIrbStatus(af).get());
+  }
   follow(igmpProxyStatusDispatch_, igmpProxyStatus());
   follow(mldProxyStatusDispatch_, mldProxyStatus());
   follow(hwCapabilitiesDispatch_, inputs_.hwCapabilities);
@@ -228,11 +231,8 @@ void VxlanPipeline::doCreateSnoopingMachines() {
     sm->hasNotificationActiveIs(true);
     return sm;
   };
-  if (inputs_.gmpVlanGroupMembershipStatus.ipv4) {
-    vekGmpVlanGroup4MembershipSm_.is(*this, make(AddressFamily::ipv4));
-  }
-  if (inputs_.gmpVlanGroupMembershipStatus.ipv6) {
-    vekGmpVlanGroup6MembershipSm_.is(*this, make(AddressFamily::ipv6));
+  for (AddressFamily af : Lanx::bothFamilies) {
+    if (inputs_.gmpVlanGroupMembershipStatus[af]) vekGmpVlanGroupMembershipSm_[af].is(*this, make(af));
   }
   if (inputs_.oismFloodSet) {
     auto floodSets = Lumo::makePtr<VekL3Mcast::VekOismFloodSetSm>(l2VxlanInModule(),
@@ -244,12 +244,11 @@ void VxlanPipeline::doCreateSnoopingMachines() {
 
 void VxlanPipeline::doDeleteSnoopingMachines() {
   // Quiet first, so that no pending scan sends to a module on its way out.
-  for (const auto* sm : {&vekGmpVlanGroup4MembershipSm_.get(), &vekGmpVlanGroup6MembershipSm_.get()}) {
-    if (*sm) (*sm)->hasNotificationActiveIs(false);
+  for (AddressFamily af : Lanx::bothFamilies) {
+    if (const auto& sm = vekGmpVlanGroupMembershipSm_[af].get()) sm->hasNotificationActiveIs(false);
   }
   if (oismFloodSetSm_.get()) oismFloodSetSm_.get()->hasNotificationActiveIs(false);
-  vekGmpVlanGroup4MembershipSm_.is(*this, nullptr);
-  vekGmpVlanGroup6MembershipSm_.is(*this, nullptr);
+  for (AddressFamily af : Lanx::bothFamilies) vekGmpVlanGroupMembershipSm_[af].is(*this, nullptr);
   oismFloodSetSm_.is(*this, nullptr);
 }
 

@@ -13,6 +13,7 @@
 #include "runtime/qel/SmSubscriber.h"
 #include "runtime/qel/StateMachine.h"
 #include "runtime/qel/ValueAttr.h"
+#include "runtime/state/ByFamilyAttr.h"
 #include "runtime/state/PamRxBuf.h"
 #include "runtime/state/VlanId.h"
 #include "runtime/state/VlanIdOrNone.h"
@@ -199,24 +200,6 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
 
   void handleVtiStatus(const Lanx::IntfId& intf);
   void handleVlanStatus(Lanx::AddressFamily af, Bridging::VlanId vlan);
-  void handleVlanStatus4(const Bridging::VlanId& vlan) {
-    handleVlanStatus(Lanx::AddressFamily::ipv4, vlan);
-  }
-  void handleVlanStatus6(const Bridging::VlanId& vlan) {
-    handleVlanStatus(Lanx::AddressFamily::ipv6, vlan);
-  }
-  void handleDecapRoute4(const Routing::Multicast::UnderlayRoute& route) {
-    handleDecapRoute(Lanx::AddressFamily::ipv4, route);
-  }
-  void handleDecapRoute6(const Routing::Multicast::UnderlayRoute& route) {
-    handleDecapRoute(Lanx::AddressFamily::ipv6, route);
-  }
-  void handleVlanToSbdVlan4(const Bridging::VlanId& vlan) {
-    handleVlanToSbdVlan(Lanx::AddressFamily::ipv4, vlan);
-  }
-  void handleVlanToSbdVlan6(const Bridging::VlanId& vlan) {
-    handleVlanToSbdVlan(Lanx::AddressFamily::ipv6, vlan);
-  }
   void igmpProxyStatusDispatch(const Bridging::VlanId& vlan);
   void mldProxyStatusDispatch(const Bridging::VlanId& vlan);
   // The default VRF's FIB module of a family, or null.
@@ -245,10 +228,10 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   Qel::ValueAttr<Lumo::Ptr<L2MVxlanIn>, kL2VxlanInModule> l2VxlanInModule_;
   Qel::ValueAttr<Lumo::Ptr<L2MVxlanOut>, kL2VxlanOutModule> l2VxlanOutModule_;
   // Snooped membership and flood sets reach the encapsulation module while it stands.
-  Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekGmpVlanGroupMembershipSm>, kGmpVlanGroup4MembershipSm>
-      vekGmpVlanGroup4MembershipSm_;
-  Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekGmpVlanGroupMembershipSm>, kGmpVlanGroup6MembershipSm>
-      vekGmpVlanGroup6MembershipSm_;
+  Lanx::ByFamilyAttr<Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekGmpVlanGroupMembershipSm>,
+                                    kGmpVlanGroup4MembershipSm>,
+                     kGmpVlanGroup6MembershipSm>
+      vekGmpVlanGroupMembershipSm_;
   Qel::ValueAttr<Lumo::Ptr<VekL3Mcast::VekOismFloodSetSm>, kOismFloodSetSm> oismFloodSetSm_;
 
   Qel::HashCollectionAttr<Bridging::VlanId, Vxlan::VniExtOrNone, kVlanToVniMap> vlanToVniMap_;
@@ -269,26 +252,16 @@ class VxlanPipeline : public Qel::StateMachine, public VekL3Mcast::VrfLifecycleL
   Qel::SmSubscriber<VxlanPipeline> vtiStatusDirDispatch_{
       this, &Qel::reactorDispatch<VxlanPipeline, Vxlan::VtiStatusDir::kVtiStatus,
                                   &VxlanPipeline::handleVtiStatus>};
-  Qel::SmSubscriber<VxlanPipeline> tunnelFwdingStatus4Dispatch_{
-      this,
-      &Qel::reactorDispatch<VxlanPipeline, Routing::Multicast::IpTunnelForwardingStatus::kVlanStatus,
-                            &VxlanPipeline::handleVlanStatus4>};
-  Qel::SmSubscriber<VxlanPipeline> tunnelFwdingStatus6Dispatch_{
-      this,
-      &Qel::reactorDispatch<VxlanPipeline, Routing::Multicast::IpTunnelForwardingStatus::kVlanStatus,
-                            &VxlanPipeline::handleVlanStatus6>};
-  Qel::SmSubscriber<VxlanPipeline> tunDecapConfig4Dispatch_{
-      this, &Qel::reactorDispatch<VxlanPipeline, Routing::Multicast::IpTunnelDecapConfig::kRoute,
-                                  &VxlanPipeline::handleDecapRoute4>};
-  Qel::SmSubscriber<VxlanPipeline> tunDecapConfig6Dispatch_{
-      this, &Qel::reactorDispatch<VxlanPipeline, Routing::Multicast::IpTunnelDecapConfig::kRoute,
-                                  &VxlanPipeline::handleDecapRoute6>};
-  Qel::SmSubscriber<VxlanPipeline> mcastIrbStatus4Dispatch_{
-      this, &Qel::reactorDispatch<VxlanPipeline, Irb::Multicast::McastIrbStatus::kSbdVlan,
-                                  &VxlanPipeline::handleVlanToSbdVlan4>};
-  Qel::SmSubscriber<VxlanPipeline> mcastIrbStatus6Dispatch_{
-      this, &Qel::reactorDispatch<VxlanPipeline, Irb::Multicast::McastIrbStatus::kSbdVlan,
-                                  &VxlanPipeline::handleVlanToSbdVlan6>};
+  Lanx::ByFamilyReactor<VxlanPipeline,
+                        Routing::Multicast::IpTunnelForwardingStatus::kVlanStatus,
+                        &VxlanPipeline::handleVlanStatus>
+      tunnelFwdingStatusDispatch_{this};
+  Lanx::ByFamilyReactor<VxlanPipeline, Routing::Multicast::IpTunnelDecapConfig::kRoute,
+                        &VxlanPipeline::handleDecapRoute>
+      tunDecapConfigDispatch_{this};
+  Lanx::ByFamilyReactor<VxlanPipeline, Irb::Multicast::McastIrbStatus::kSbdVlan,
+                        &VxlanPipeline::handleVlanToSbdVlan>
+      mcastIrbStatusDispatch_{this};
   Qel::SmSubscriber<VxlanPipeline> igmpProxyStatusDispatch_{
       this, &Qel::reactorDispatch<VxlanPipeline, Irb::Multicast::IgmpProxyStatus::kVlan,
                                   &VxlanPipeline::igmpProxyStatusDispatch>};
