@@ -35,6 +35,9 @@ class L3VniTable {
 
   Bridging::VlanIdOrNone vrfToSBDVlan(const L3::VrfName& vrf) const;
   bool vrfToSBDVlanHas(const L3::VrfName& vrf) const { return vrfToSBDVlan_.has(vrf); }
+  const Qel::HashMap2018<L3::VrfName, Bridging::VlanId>& vrfToSBDVlans() const noexcept {
+    return vrfToSBDVlan_;
+  }
   std::optional<L3::VrfName> sbdVlanToVrf(Bridging::VlanId sbd) const;
   // Records the VRF's SBD VLAN and forgets the VRF's old one.
   void vrfToSBDVlanIs(const L3::VrfName& vrf, Bridging::VlanId sbd);

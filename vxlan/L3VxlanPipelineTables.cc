@@ -12,12 +12,12 @@ void L3VxlanPipeline::handleVtiStatus(Lanx::IntfId intf) {
       return;
     }
     vtiStatus_.smDel(intf);
-    // The VRFs of a VTI that went lose their SBD VLANs with it.
+    // The VRFs of a VTI that went lose their SBD VLANs with it, whether they run or not, and
+    // the pipeline goes with the last: a VTI that comes back is another entity, which a new
+    // pipeline follows.
     std::vector<L3::VrfName> vrfs;
-    for (const auto& entry : allFibs()) vrfs.push_back(entry->vrfName());
-    for (const auto& vrf : vrfs) {
-      if (table_.vrfToSBDVlanHas(vrf)) handleVrfToSBDVlan(vrf);
-    }
+    for (const auto& entry : table_.vrfToSBDVlans()) vrfs.push_back(entry.key);
+    for (const auto& vrf : vrfs) handleVrfToSBDVlan(vrf);
   });
 }
 

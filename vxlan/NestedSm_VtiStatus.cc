@@ -1,5 +1,7 @@
 #include "vxlan/NestedSm_VtiStatus.h"
 
+#include <vector>
+
 #include "runtime/lumo/Assert.h"
 #include "runtime/trace/Trace.h"
 #include "vxlan/VxlanPipeline.h"
@@ -79,8 +81,19 @@ void NestedSm_VtiStatus::handleUdpPort() {
   // The UDP port is the L3 decapsulation module's alone.
 }
 
+const Vxlan::VniExtOrNone* NestedSm_VtiStatus::mappedVni(Bridging::VlanId vlan) const {
+  return gone_ ? nullptr : vtiStatus().vlanToVniMap(vlan);
+}
+
+void NestedSm_VtiStatus::handleVtiGone() {
+  gone_ = true;
+  std::vector<Bridging::VlanId> vlans;
+  for (const auto& entry : vtiStatus().vlanToVniMaps()) vlans.push_back(entry.key);
+  for (Bridging::VlanId vlan : vlans) handleVlanToVniMap(vlan);
+}
+
 void NestedSm_VtiStatus::handleVlanToVniMap(Bridging::VlanId vlan) {
-  const Vxlan::VniExtOrNone* mapped = vtiStatus().vlanToVniMap(vlan);
+  const Vxlan::VniExtOrNone* mapped = mappedVni(vlan);
   Vxlan::VniExtOrNone vni;
   // A VLAN that moves to another VNI leaves its old one behind in the decap module.
   Vxlan::VniExtOrNone replaced;

@@ -37,6 +37,9 @@ class NestedSm_VtiStatus : public Qel::StateMachine, public Qel::NotifieeConstOf
   void handleSrcIpIntf();
   void handleUdpPort();
   void handleVlanToVniMap(Bridging::VlanId vlan);
+  // The VTI left its directory: each VLAN it listed goes as if its entry had gone. The
+  // entity, held here still, lists them as they were.
+  void handleVtiGone();
   void handleVrfToVniMap(const L3::VrfName& vrf);
   void handleVrfToSBDVlan(const L3::VrfName& vrf);
 
@@ -45,7 +48,11 @@ class NestedSm_VtiStatus : public Qel::StateMachine, public Qel::NotifieeConstOf
   bool vrfToVniMapHas(const L3::VrfName& vrf) const { return vrfToVniMap_.has(vrf); }
 
  private:
+  // A VLAN's VNI as the VTI has it, or null; none for every VLAN once the VTI went.
+  const Vxlan::VniExtOrNone* mappedVni(Bridging::VlanId vlan) const;
+
   VxlanPipeline* owner_;
+  bool gone_ = false;
   Qel::HashCollectionAttr<L3::VrfName, Vxlan::VniExtOrNone, kVrfToVniMap> vrfToVniMap_;
   Qel::HashCollectionAttr<Vxlan::VniExtOrNone, L3::VrfName, kVniToVrfMap> vniToVrfMap_;
 };

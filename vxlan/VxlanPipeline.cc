@@ -78,6 +78,10 @@ void VxlanPipeline::handleVtiStatus(const Lanx::IntfId& intf) {
   if (Lumo::Ptr<Vxlan::VtiStatus const> status = vtiStatusDir()->vtiStatus(intf)) {
     HN_NestedSm_VtiStatus_.smIs(status);
   } else {
+    // The VLANs of a VTI that went leave the L2 modules with it.
+    if (const Lumo::Ptr<NestedSm_VtiStatus> gone = HN_NestedSm_VtiStatus_.sm(intf)) {
+      gone->handleVtiGone();
+    }
     HN_NestedSm_VtiStatus_.smDel(intf);
   }
 }

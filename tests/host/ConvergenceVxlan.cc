@@ -129,6 +129,13 @@ void Case::drawRoutedVxlan() {
     drawVtiEntry<std::string, int>(&VtiChange::vrfToSbdVlan, "vrfToSbdVlan", tenant.vrf, tenant.sbd,
                                    tenant.otherSbd);
   }
+  // The VTI goes whole for a while and comes back with its final values.
+  if (finalState.vxlan.vtis.count(vti) && chance(20)) {
+    VtiChange whole;
+    whole.whole = true;
+    chains.push_back({removeEvent(vtiChange(whole), "vti whole"),
+                      setEvent(vtiChange(finalState.vxlan.vtis[vti]), "vti back")});
+  }
   drawRemoteVnis();
   drawTunnelMappings(Af::ipv4);
   drawTunnelMappings(Af::ipv6);
