@@ -46,27 +46,31 @@ TEST_F(RouteReviewTest, AReviewThatYieldsResumesAtItsBookmarkAndMeetsEveryRouteO
   runOnce();
   ASSERT_FALSE(sm->reviewedOnce());
   ASSERT_TRUE(sm->bookmarkNotNull());
-  // The route at the bookmark goes before the next run.
+  // The route at the bookmark goes before the next run. Where the bookmark falls follows
+  // the hash order; when it falls on the key two tables hold, the other table's route is
+  // still there and is reviewed in its place.
   const auto bookmark = sm->bookmark();
+  const bool heldTwice = text(bookmark.vashBookmark) == "10.0.0.1,239.1.1.1";
   table(bookmark.mfibAppKey)->routeDel(bookmark.vashBookmark);
   settle();
 
   ASSERT_TRUE(sm->reviewedOnce());
   EXPECT_FALSE(sm->bookmarkNotNull());
   const auto counts = reviewed(mark);
-  EXPECT_EQ(counts.size(), 59u);
+  EXPECT_EQ(counts.size(), heldTwice ? 60u : 59u);
   for (const auto& [k, times] : counts) EXPECT_EQ(times, 1) << k;
-  EXPECT_EQ(counts.count(text(bookmark.vashBookmark)), 0u);
+  EXPECT_EQ(counts.count(text(bookmark.vashBookmark)), heldTwice ? 1u : 0u);
   EXPECT_GT(traced("Suspending review at", mark), 3u);
   // Every key of the tables is worked once more after the review, each once; the key
   // held by two tables once for each.
   const auto again = changed(mark);
   EXPECT_EQ(again.size(), 61u);
   for (const auto& [k, times] : again) EXPECT_EQ(times, 1) << k;
-  // The key held twice was reviewed from its best table.
-  EXPECT_EQ(traced("Syncing 10.0.0.1,239.1.1.1 from mfib table pim", mark), 1u);
-  EXPECT_EQ(routes().size(), 59u);
-  EXPECT_THAT(gatesOf("10.0.0.1,239.1.1.1"), ElementsAre("Et2:4"));
+  // The key held twice was reviewed from its best table that still holds it.
+  const std::string best = heldTwice ? "igmp" : "pim";
+  EXPECT_EQ(traced("Syncing 10.0.0.1,239.1.1.1 from mfib table " + best, mark), 1u);
+  EXPECT_EQ(routes().size(), heldTwice ? 60u : 59u);
+  EXPECT_THAT(gatesOf("10.0.0.1,239.1.1.1"), ElementsAre(heldTwice ? "Et3:4" : "Et2:4"));
 }
 
 TEST_F(RouteReviewTest, AYieldOnTheLastRouteFinishesTheReviewInThatRun) {
