@@ -13,8 +13,9 @@ namespace VekHost {
 
 namespace {
 
-// Walks the document's events and notes every block list that is the value of a key
-// `mroutes`, with the offset of each of its entries.
+// Walks the document's events and notes every block list of routes, with the offset of each
+// of its entries: the value of a key `mroutes` in the map under `state`, `set` or `delete`.
+// A list under that key anywhere else (an expectation's `equals:`) is plain YAML.
 class ListFinder : public YAML::EventHandler {
  public:
   explicit ListFinder(std::size_t textSize) : textSize_(textSize) {}
@@ -42,15 +43,17 @@ class ListFinder : public YAML::EventHandler {
   }
   void OnSequenceStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
                        YAML::EmitterStyle::value style) override {
-    const bool routes = node(mark, nullptr) && style == YAML::EmitterStyle::Block;
-    frames_.push_back(Frame{false, true, false, routes ? std::optional(mark.pos) : std::nullopt});
+    const std::optional<std::string> key = node(mark, nullptr);
+    const bool routes = key && *key == "mroutes" && holdsRouteLists(frames_.back().ownerKey) &&
+                        style == YAML::EmitterStyle::Block;
+    frames_.push_back(Frame{false, true, {}, {}, routes ? std::optional(mark.pos) : std::nullopt});
     if (routes) contents[mark.pos];
   }
   void OnSequenceEnd() override { close(); }
   void OnMapStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t,
                   YAML::EmitterStyle::value) override {
-    node(mark, nullptr);
-    frames_.push_back(Frame{true, true, false, std::nullopt});
+    std::string ownerKey = node(mark, nullptr).value_or("");
+    frames_.push_back(Frame{true, true, {}, std::move(ownerKey), std::nullopt});
   }
   void OnMapEnd() override { close(); }
 
@@ -58,7 +61,9 @@ class ListFinder : public YAML::EventHandler {
   struct Frame {
     bool map;
     bool atKey;
-    bool keyIsRoutes;
+    std::string key;       // of a map: the key whose value comes next
+    std::string ownerKey;  // of a map: the key it is the value of
+
     std::optional<std::size_t> routeList;  // the offset of this list, if it is one
   };
 
@@ -68,20 +73,24 @@ class ListFinder : public YAML::EventHandler {
     open_.clear();
   }
 
-  // A node begins; gives whether it is the value of a key `mroutes`.
-  bool node(const YAML::Mark& mark, const std::string* scalar) {
+  static bool holdsRouteLists(const std::string& key) {
+    return key == "state" || key == "set" || key == "delete";
+  }
+
+  // A node begins; gives the key it is the value of, if it is the value of a key.
+  std::optional<std::string> node(const YAML::Mark& mark, const std::string* scalar) {
     marked(mark);
-    if (frames_.empty()) return false;
+    if (frames_.empty()) return std::nullopt;
     Frame& top = frames_.back();
     if (top.routeList) contents[*top.routeList].push_back(static_cast<std::size_t>(mark.pos));
-    if (!top.map) return false;
+    if (!top.map) return std::nullopt;
     if (top.atKey) {
       top.atKey = false;
-      top.keyIsRoutes = scalar && *scalar == "mroutes";
-      return false;
+      top.key = scalar ? *scalar : std::string();
+      return std::nullopt;
     }
     top.atKey = true;
-    return top.keyIsRoutes;
+    return top.key;
   }
 
   void close() {

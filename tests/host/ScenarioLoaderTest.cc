@@ -266,15 +266,20 @@ TEST(ScenarioLoaderTest, RouteListsReadApartKeepTheirLinesAndTheirEnds) {
   }
   text += "steps:\n  - set:\n      mroutes:\n        - vrf: red\n          af: ipv4\n"
           "          app: static\n          source: '*'\n          group: 239.9.9.9\n"
-          "  - settle\n";
+          "  - settle\n"
+          // Under any other key a list named so is plain YAML, read whole.
+          "  - expect:\n      dump: outputs\n      contains:\n        mroutes:\n"
+          "          - a\n";
   LoadResult result = ScenarioLoader().loadText(text, "t.yaml");
   ASSERT_TRUE(result.scenario) << result.errors.front();
   ASSERT_EQ(result.scenario->state.mroutes.size(), 300u);
   EXPECT_EQ(result.scenario->state.mroutes.back().oifs, std::vector<std::string>{"Ethernet300"});
   EXPECT_EQ(result.scenario->state.mroutes.back().table.line, 304);
-  ASSERT_EQ(result.scenario->steps.size(), 2u);
+  ASSERT_EQ(result.scenario->steps.size(), 3u);
   EXPECT_EQ(std::get<StateStep>(result.scenario->steps[0].action).change.mroutes.at(0).table.app,
             "static");
+  const auto& expect = std::get<ExpectStep>(result.scenario->steps[2].action).expectation;
+  EXPECT_EQ(std::get<DumpExpectation>(expect).value, nlohmann::json::parse(R"({"mroutes":["a"]})"));
   // Line 260 is in the second slice of 256 entries.
   const std::size_t line260 = text.find("239.1.1.0, oifs: [Ethernet256]");
   text.replace(text.find("239.1.1.0", line260), 9, "10.0.0.1");
