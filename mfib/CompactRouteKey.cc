@@ -1,7 +1,5 @@
 #include "mfib/CompactRouteKey.h"
 
-#include <span>
-
 namespace VekL3Mcast {
 
 namespace {
@@ -22,7 +20,7 @@ Lanx::IpGenPrefix prefixOf(const std::array<std::uint8_t, 4>& bytes, std::uint8_
   if (!ipv4) return Lanx::IpGenPrefix();
   // The bytes were taken from a prefix, so they are masked already and the length fits; a
   // host prefix, the common one, needs no mask at all.
-  const Lanx::IpGenAddr addr = *Lanx::IpGenAddr::fromRawBytes(std::span(bytes));
+  const Lanx::IpGenAddr addr = Lanx::IpGenAddr::ipv4FromRaw(bytes.data());
   return length == hostLength ? Lanx::IpGenPrefix(addr) : Lanx::IpGenPrefix(addr, length);
 }
 

@@ -22,10 +22,11 @@ namespace Qel {
 // A pass works the set from its beginning (begin() takes the list in) and then drops what
 // it worked with drainBefore or drainAll. Those leave the keys added since the pass began
 // waiting, so that a key that changes during a pass is worked by the next one.
-template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
+template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant,
+          unsigned MaxLoadPercent = kHashMap2018MaxLoadPercent>
 class BufferedHashSet {
  public:
-  using Set = HashSet2018<Key, TypeConstant>;
+  using Set = HashSet2018<Key, TypeConstant, MaxLoadPercent>;
   using UnsafeIteratorConst = typename Set::UnsafeIteratorConst;
   static constexpr std::size_t kBatch = 256;
 

@@ -28,6 +28,7 @@ struct HashMap2018Entry<Key, void> {
 };
 
 inline constexpr std::uint64_t kHashMap2018TypeConstant = 0x2018'0000'5eed'0001ull;
+inline constexpr unsigned kHashMap2018MaxLoadPercent = 80;
 
 // The hash collection. Members stand in the order of their full 64-bit hash, which
 // comes from std::hash<Key> mixed with the process seed and the collection type's
@@ -41,8 +42,13 @@ inline constexpr std::uint64_t kHashMap2018TypeConstant = 0x2018'0000'5eed'0001u
 //
 // Every structural change (insert, erase, clear, swap) moves a 23-bit version, which
 // the checking iterator compares at each step.
+//
+// The map grows when its members would fill more than `MaxLoadPercent` of the home
+// slots. A lower limit costs memory and makes insertions cheaper: a new member shifts
+// the members up to the next empty slot, a distance that grows steeply with the load.
 template <typename Key, typename Value = void,
-          std::uint64_t TypeConstant = kHashMap2018TypeConstant>
+          std::uint64_t TypeConstant = kHashMap2018TypeConstant,
+          unsigned MaxLoadPercent = kHashMap2018MaxLoadPercent>
 class HashMap2018 {
  public:
   using Entry = HashMap2018Entry<Key, Value>;
@@ -231,8 +237,7 @@ class HashMap2018 {
 
   static constexpr std::uint64_t kEmpty = 0;
   static constexpr unsigned kMinBits = 3;
-  static constexpr std::size_t kLoadNumerator = 4;
-  static constexpr std::size_t kLoadDenominator = 5;
+  static_assert(MaxLoadPercent > 0 && MaxLoadPercent < 100);
 
   struct Location {
     std::size_t index;     // the member's slot, or where it would be inserted
@@ -249,10 +254,8 @@ class HashMap2018 {
   static std::size_t overflowSlots(unsigned bits) noexcept {
     return std::min<std::size_t>(homeSlots(bits) / 4 + 4, 64);
   }
-  // The load limit, four fifths of the home slots: an insertion shifts the members up to
-  // the next empty slot, and that distance grows steeply beyond.
   static bool overLoaded(std::size_t members, unsigned bits) noexcept {
-    return members * kLoadDenominator > homeSlots(bits) * kLoadNumerator;
+    return members * 100 > homeSlots(bits) * MaxLoadPercent;
   }
   bool needsGrowth(std::size_t members) const noexcept {
     return slots_ == 0 || overLoaded(members, bits_);
@@ -474,7 +477,8 @@ class HashMap2018 {
 };
 
 // The set form: a hash collection of keys without values.
-template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
-using HashSet2018 = HashMap2018<Key, void, TypeConstant>;
+template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant,
+          unsigned MaxLoadPercent = kHashMap2018MaxLoadPercent>
+using HashSet2018 = HashMap2018<Key, void, TypeConstant, MaxLoadPercent>;
 
 }  // namespace Qel

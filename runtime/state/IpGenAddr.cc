@@ -63,10 +63,6 @@ std::optional<IpGenAddr> IpGenAddr::fromString(std::string_view text, std::strin
   return addr;
 }
 
-void IpGenAddr::copyToBuffer(std::uint8_t* buffer) const noexcept {
-  std::memcpy(buffer, bytes_.data(), size());
-}
-
 std::uint32_t IpGenAddr::ipv4HostOrder() const noexcept {
   if (family_ != AddressFamily::ipv4) return 0;
   std::uint32_t value = 0;

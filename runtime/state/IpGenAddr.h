@@ -30,6 +30,14 @@ class IpGenAddr {
   explicit IpGenAddr(std::string_view text);
 
   static IpGenAddr ipv4(std::uint32_t hostOrder) noexcept;
+  // The IPv4 address of 4 raw bytes in network order: what a key kept in a compact form
+  // turns back into at every changed route, so it stays inline.
+  static IpGenAddr ipv4FromRaw(const std::uint8_t* raw) noexcept {
+    IpGenAddr addr;
+    addr.family_ = AddressFamily::ipv4;
+    std::memcpy(addr.bytes_.data(), raw, 4);
+    return addr;
+  }
   // 4 bytes are IPv4, 16 IPv6; any other count is no address.
   static std::optional<IpGenAddr> fromRawBytes(std::span<const std::uint8_t> bytes) noexcept;
   static std::optional<IpGenAddr> fromString(std::string_view text, std::string* whyNot = nullptr);
@@ -41,7 +49,9 @@ class IpGenAddr {
     return family_ == AddressFamily::ipv4 ? 4 : family_ == AddressFamily::ipv6 ? maxBytes : 0;
   }
   std::span<const std::uint8_t> rawBytes() const noexcept { return {bytes_.data(), size()}; }
-  void copyToBuffer(std::uint8_t* buffer) const noexcept;
+  void copyToBuffer(std::uint8_t* buffer) const noexcept {
+    std::memcpy(buffer, bytes_.data(), size());
+  }
   // The IPv4 address in host order; 0 for any other family.
   std::uint32_t ipv4HostOrder() const noexcept;
   bool isMulticast() const noexcept;
@@ -68,13 +78,23 @@ class IpGenAddr {
     return std::uint64_t{high} + static_cast<std::uint64_t>(AddressFamily::ipv4);
   }
 
-  friend bool operator==(const IpGenAddr&, const IpGenAddr&) noexcept = default;
+  // Two words and the family: a route table compares keys at every lookup, and the
+  // generated comparison of the byte array calls out to memcmp.
+  friend bool operator==(const IpGenAddr& a, const IpGenAddr& b) noexcept {
+    return a.family_ == b.family_ && a.word(0) == b.word(0) && a.word(1) == b.word(1);
+  }
   friend std::strong_ordering operator<=>(const IpGenAddr&, const IpGenAddr&) noexcept = default;
   friend std::ostream& operator<<(std::ostream& os, const IpGenAddr& a) {
     return os << a.toString();
   }
 
  private:
+  std::uint64_t word(std::size_t index) const noexcept {
+    std::uint64_t value = 0;
+    std::memcpy(&value, bytes_.data() + index * sizeof(value), sizeof(value));
+    return value;
+  }
+
   AddressFamily family_ = AddressFamily::none;
   std::array<std::uint8_t, maxBytes> bytes_{};
 };

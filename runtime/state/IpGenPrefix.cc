@@ -14,9 +14,6 @@ std::size_t maxLength(const IpGenAddr& addr) noexcept { return 8 * addr.size(); 
 
 }  // namespace
 
-IpGenPrefix::IpGenPrefix(const IpGenAddr& addr) noexcept
-    : addr_(addr), length_(static_cast<std::uint8_t>(maxLength(addr))) {}
-
 IpGenPrefix::IpGenPrefix(const IpGenAddr& addr, std::uint8_t length)
     : addr_(addr.masked(length)), length_(length) {
   if (length > maxLength(addr)) {

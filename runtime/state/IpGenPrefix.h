@@ -21,7 +21,8 @@ class IpGenPrefix {
  public:
   constexpr IpGenPrefix() noexcept = default;
   // The host prefix of an address: full length.
-  IpGenPrefix(const IpGenAddr& addr) noexcept;  // NOLINT
+  IpGenPrefix(const IpGenAddr& addr) noexcept  // NOLINT
+      : addr_(addr), length_(static_cast<std::uint8_t>(8 * addr.size())) {}
   // Raises Lumo::Exception for a length longer than the address.
   IpGenPrefix(const IpGenAddr& addr, std::uint8_t length);
   // Parses "*", "ADDR" or "ADDR/LEN"; raises Lumo::Exception for anything else.

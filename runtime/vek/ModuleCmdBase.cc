@@ -18,10 +18,12 @@ namespace Vek {
 namespace {
 
 // Blocks of commands that went, kept for the thread that first made a command (the agent's).
-// The list is never destroyed: commands may still go while the process exits. Under the
-// address sanitizer nothing is kept, so that a command used after it went is caught.
+// It holds as many as the shared pool of route messages, a whole task run's worth: a run
+// of more commands than are kept makes the rest with the allocator. The list is never
+// destroyed: commands may still go while the process exits. Under the address sanitizer
+// nothing is kept, so that a command used after it went is caught.
 struct KeptBlocks {
-  static constexpr std::size_t kMost = 4096;
+  static constexpr std::size_t kMost = 16384;
   KeptBlocks() { blocks.reserve(kMost); }
   std::thread::id owner = std::this_thread::get_id();
   std::vector<void*> blocks;  // never grows past its first room: no throw on the way back

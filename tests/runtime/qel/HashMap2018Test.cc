@@ -173,6 +173,17 @@ TEST(HashMap2018Test, StorageGrowsShrinksAndStaysWhereItShould) {
   set.eraseBefore(5 * 7919);
   set.eraseFrom(5 * 7919);
   EXPECT_TRUE(set.empty());
+
+  // A lower load limit grows sooner; the order stays the hash's alone, so that a set of
+  // either limit walks in the order of a table of the other.
+  Qel::HashSet2018<int, Qel::kHashMap2018TypeConstant, 66> sparse;
+  Qel::HashSet2018<int> dense;
+  for (int k = 0; k < 700; ++k) {
+    sparse.insert(k);
+    dense.insert(k);
+  }
+  EXPECT_EQ(sparse.capacityForTest(), 2 * dense.capacityForTest() - 64);
+  EXPECT_EQ(keysOf(sparse), keysOf(dense));
 }
 
 TEST(HashMap2018Test, VersionMovesOnlyWithStructuralChange) {
