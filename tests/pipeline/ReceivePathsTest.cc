@@ -37,98 +37,6 @@ class ReceivePathsTest : public PipelineFixture {
   const L3::VrfName red{"red"};
 };
 
-// Each receive or transmit path builds its port and modules under the daemon names, with
-// the arguments the daemon's modules expect.
-TEST_F(ReceivePathsTest, EachPathHasItsNamesGatesAndArguments) {
-  Vek::namespaceDutIs(false);
-  const Lanx::IntfId et1 = Lanx::IntfId::ethernet(1);
-  auto intf = Lumo::makePtr<McastIntf>(red, et1, McastIntfType::rxAndTx);
-  intf->createBessPort("et1", group);
-  intf->createRxModule("et1", pair);
-  intf->createMetaDataModule(pair);
-  intf->createTxModule("et1", pair);
-
-  auto anyRx = Lumo::makePtr<McastAnyRx>(red, McastRxType::mcastSwFwdPeerLinkOrCore, rxBuf);
-  anyRx->createBessPort(group);
-  anyRx->createRxModule(pair);
-  anyRx->createMetaDataModule(Vrf::VrfIdMap::VrfId(2), pair);
-
-  auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(McastRxType::mcastHwFwd, rxBuf);
-  fabricRx->createBessPort(group);
-  fabricRx->createRxModule(pair);
-  fabricRx->createVlanMetadataModule(pair);
-
-  auto l2Tx = Lumo::makePtr<McastL2VxlanTx>("fabric_McastHwFwd");
-  l2Tx->createTxModule(pair);
-  auto fabricTx = Lumo::makePtr<FabricTx>(rxBuf);
-  fabricTx->createBessPort(group);
-  fabricTx->createTxModule(pair);
-
-  auto pimReg = Lumo::makePtr<PimRegRx>(red, Lanx::AddressFamily::ipv6);
-  pimReg->createBessPort(group);
-  pimReg->createRxModule(pair);
-  pimReg->createMetaDataModule(pair);
-
-  // Class and gate counts are the daemon's constants; what tells the paths apart is the
-  // init message.
-  const std::string et1Id = std::to_string(et1.value());
-  const std::string register0Id = std::to_string(Lanx::IntfId::register0().value());
-  const Json metaDataType = "type.googleapis.com/vek.pb.MetaDataModuleArg";
-  const struct {
-    std::string name;
-    Json init;
-  } modules[] = {
-      {"Rx_et1", portInc("et1")},
-      {"Tx_et1", portOut("et1")},
-      {"Mdata_Et1", {{"@type", metaDataType}, {"staticSrcIntf", true}, {"staticSrcIntfId", et1Id}}},
-      {"Rx_McastSwFwd_PeerLinkOrCore_red", portInc("any_McastSwFwd_PeerLinkOrCore_red")},
-      {"Mdata_McastSwFwd_PeerLinkOrCore_red",
-       {{"@type", metaDataType},
-        {"portDeviceAny", true},
-        {"rxPeerLinkOrCore", true},
-        {"vrfId", 2}}},
-      {"Rx_McastHwFwd_fabric", portInc("fabric_McastHwFwd")},
-      {"VlanMdata_McastHwFwd",
-       {{"@type", "type.googleapis.com/vek.pb.VlanMetadataArg"}, {"mcastHwFwd", true}}},
-      {"Tx_fabric", portOut("fabric_McastHwFwd")},
-      {"FabricTx_fabric", portOut("fabric_tx")},
-      {"Rx_PimRegIpv6_red", portInc("pimregIpv6_red")},
-      {"Mdata_PimRegIpv6_red",
-       {{"@type", metaDataType}, {"staticSrcIntf", true}, {"staticSrcIntfId", register0Id}}},
-  };
-  for (const auto& m : modules) EXPECT_EQ(moduleDump(m.name)["init"], m.init) << m.name;
-
-  const std::string filter(McastIntf::multicastFilter);
-  const struct {
-    std::string name;
-    std::string driver;
-    Json arg;
-  } ports[] = {
-      {"et1", "PCAPPort",
-       {{"@type", pcapPortType}, {"dev", "et1"}, {"filter", filter}, {"netns", "ns-red"},
-        {"openFlag", true}}},
-      {"any_McastSwFwd_PeerLinkOrCore_red", "PCAPPort",
-       {{"@type", pcapPortType}, {"dev", "any"}, {"netns", "ns-red"}, {"bufSize", 8388608},
-        {"openFlag", true}}},
-      {"fabric_McastHwFwd", "PCAPPort",
-       {{"@type", pcapPortType}, {"dev", "fabric"}, {"netns", "default"},
-        {"bufSize", 8388608}, {"openFlag", true}}},
-      {"fabric_tx", "PCAPPort",
-       {{"@type", pcapPortType}, {"dev", "fabric"}, {"netns", "default"},
-        {"bufSize", 8388608}, {"openFlag", true}, {"txFlag", true}}},
-      {"pimregIpv6_red", "PimRegPort",
-       {{"@type", "type.googleapis.com/vek.pb.PimRegPortArg"}, {"netns", "ns-red"}, {"af", 2},
-        {"enabled", true}}},
-  };
-  for (const auto& p : ports) {
-    const Json actual = port(p.name);
-    EXPECT_EQ(actual["driver"], p.driver) << p.name;
-    EXPECT_EQ(actual["arg"], p.arg) << p.name;
-  }
-  EXPECT_EQ(dump()["ports"].size(), std::size(ports));
-  EXPECT_EQ(errorCount(), 0u);
-}
-
 TEST_F(ReceivePathsTest, TxOnlyPortSendsWithASmallBufferAndHasNoReceiveSide) {
   auto intf = Lumo::makePtr<McastIntf>(red, Lanx::IntfId::ethernet(2), McastIntfType::txOnly);
   intf->createBessPort("et2", group);
@@ -240,18 +148,6 @@ TEST_F(ReceivePathsTest, CreatingWhatExistsSendsNothingWhateverTheArguments) {
   intf->createTxModule("et9", pair);
   EXPECT_EQ(logSeq(), before);
   EXPECT_EQ(intf->rxModule()->name(), "Rx_et1");
-}
-
-TEST_F(ReceivePathsTest, VlanMetadataCountersAreAllocatedInOrderAndSent) {
-  auto fabricRx = Lumo::makePtr<McastL2VxlanRx>(McastRxType::mcastSwFwd, rxBuf);
-  fabricRx->createVlanMetadataModule(pair);
-  addVlanMetadataCounters(fabricRx->vlanMetadataModule(), vekcsd);
-  const Json m = moduleDump("VlanMdata_McastSwFwd");
-  const auto etherType = m["counters"]["Invalid_Ether_Type"];
-  const auto vlanId = m["counters"]["Invalid_Vlan_Id"];
-  EXPECT_LT(etherType, vlanId);
-  EXPECT_EQ(m["table"]["counterIds"],
-            Json({{"invalidEtherTypeCounter", etherType}, {"invalidVlanIdCounter", vlanId}}));
 }
 
 TEST_F(ReceivePathsTest, PortLivesWithItsProxyAndCanBeSetUp) {
