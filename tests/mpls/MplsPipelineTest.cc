@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -86,54 +85,6 @@ class MplsPipelineTest : public ::testing::Test {
   ~MplsPipelineTest() override { Qel::Entity::singletonDelAllForTest(); }
 };
 
-const std::vector<std::string> redGraph = {
-    "MMplsOut_red>0>MfibIpv4red",
-    "MMplsOut_red>1>MfibIpv6red",
-    "Mdata_McastHwFwd_red>3>MMplsOut_red",
-    "Mdata_McastSwFwd_PeerLinkOrCore_red>3>MMplsOut_red",
-    "Mdata_McastSwFwd_red>3>MMplsOut_red",
-    "TxDemuxer>1>MMplsIn",
-};
-
-// The status entry, the id's name and the start meet in any order, and the daemon ends up
-// with the same graph, counters and all.
-TEST_F(MplsPipelineTest, EntryNameAndStartMeetInAnyOrder) {
-  using Step = std::function<void(World&)>;
-  const std::vector<Step> steps = {
-      [](World& w) { w.status->intfIs(VrfId(2), vlan100); },
-      [](World& w) { w.name(VrfId(2), "red"); },
-      [](World& w) {
-        w.start(red, VrfId(2), AddressFamily::ipv4);
-        w.start(red, VrfId(2), AddressFamily::ipv6);
-      },
-  };
-  std::vector<std::size_t> order = {0, 1, 2};
-  Json reference;
-  do {
-    World w;
-    for (std::size_t i : order) steps[i](w);
-    EXPECT_EQ(w.mplsLinks(), redGraph) << ::testing::PrintToString(order);
-    const Json dump = w.dump();
-    EXPECT_TRUE(dump["errors"].empty());
-    if (reference.is_null()) reference = dump;
-    EXPECT_EQ(dump, reference) << ::testing::PrintToString(order);
-  } while (std::next_permutation(order.begin(), order.end()));
-}
-
-// Without a name, or with one no VRF can have, nothing is built and nothing raises; the
-// name that comes later builds.
-TEST_F(MplsPipelineTest, AnIdWithoutAUsableNameWaitsForIt) {
-  World w;
-  w.start(red, VrfId(2), AddressFamily::ipv4);
-  w.status->intfIs(VrfId(2), vlan100);
-  w.name(VrfId(2), std::string(101, 'r').c_str());
-  EXPECT_FALSE(w.hasModule("MMplsIn"));
-  EXPECT_TRUE(w.mplsLinks().empty());
-  w.name(VrfId(2), "red");
-  EXPECT_TRUE(w.hasModule("MMplsOut_red"));
-  EXPECT_TRUE(w.hasModule("MMplsIn"));
-}
-
 // The encapsulation module stays while another VRF uses MPLS and goes with the last; each
 // input that goes (the entry, the name, the start) takes its VRF's part down.
 TEST_F(MplsPipelineTest, EachInputThatGoesTakesItsVrfDownAndTheLastTakesTheEncapsulation) {
@@ -141,6 +92,10 @@ TEST_F(MplsPipelineTest, EachInputThatGoesTakesItsVrfDownAndTheLastTakesTheEncap
   w.withFabricHook();
   w.start(red, VrfId(2), AddressFamily::ipv4);
   w.start(blue, VrfId(3), AddressFamily::ipv4);
+  // A name no VRF can have builds nothing and raises nothing; the real one comes next.
+  w.status->intfIs(VrfId(2), vlan100);
+  w.name(VrfId(2), std::string(101, 'r').c_str());
+  EXPECT_FALSE(w.hasModule("MMplsIn"));
   for (auto [id, vrf] : {std::pair{2, "red"}, std::pair{3, "blue"}}) {
     w.name(VrfId(id), vrf);
     w.status->intfIs(VrfId(id), vlan100);

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -21,15 +19,6 @@ using VrfId = Vrf::VrfIdMap::VrfId;
 const L3::VrfName red("red");
 const Lanx::IntfId et1 = Lanx::IntfId::ethernet(1);
 const Lanx::IntfId et2 = Lanx::IntfId::ethernet(2);
-
-// The links of the daemon's graph without their input gates, whose numbers depend on the
-// order in which peers came; the rest of the dump as it is.
-Json withoutInputGates(Json dump) {
-  for (auto& [name, module] : dump["modules"].items()) {
-    for (auto& [gate, out] : module["out"].items()) out.erase("igate");
-  }
-  return dump;
-}
 
 class VrfContainerTest : public PipelineFixture {
  protected:
@@ -64,50 +53,6 @@ class VrfContainerTest : public PipelineFixture {
 struct World : DataplaneTest::ModelWorld {
   Lumo::Ptr<McastModuleManager> manager = mcastModuleManagerFactory(pair);
 };
-
-TEST_F(VrfContainerTest, GraphIsTheSameInEveryOrderOfCreation) {
-  using Step = std::function<void(World&)>;
-  const std::vector<Step> steps = {
-      [](World& w) { w.manager->createIntfModule(red, et1, "et1", false, w.group); },
-      [](World& w) { w.manager->createIntfModule(red, et2, "et2", true, w.group); },
-      [](World& w) { w.manager->createPimRegRx(AddressFamily::ipv4, red, w.group); },
-      [](World& w) { w.manager->createPimRegRx(AddressFamily::ipv6, red, w.group); },
-      [](World& w) { w.manager->createMcastAnyRxSet(red, VrfId(2), w.group); },
-      [](World& w) {
-        w.manager->createIgmpV2Module(AddressFamily::ipv4, red, VrfId(2), true, w.vekcsd);
-      },
-      [](World& w) { w.manager->createMfibModule(AddressFamily::ipv4, red, VrfId(2), true); },
-      [](World& w) { w.manager->createMfibModule(AddressFamily::ipv6, red, VrfId(2), true); },
-  };
-  // What the proxies keep beside the daemon: each FIB's gate of each interface.
-  const auto proxyTables = [](World& w) {
-    Json tables;
-    for (AddressFamily af : {AddressFamily::ipv4, AddressFamily::ipv6}) {
-      const auto mfib = w.manager->vrf(red)->mfibModule(af);
-      tables.push_back({mfib->txDemuxerGateId().value(), mfib->intfIdToOutGate(et1).value(),
-                        mfib->intfIdToOutGate(et2).value()});
-    }
-    return tables;
-  };
-  const auto run = [&](const std::vector<std::size_t>& order) {
-    World w;
-    for (std::size_t i : order) steps[i](w);
-    w.channel->pump();
-    return std::make_pair(withoutInputGates(w.model.dump()), proxyTables(w));
-  };
-
-  std::vector<std::size_t> order(steps.size());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  const auto reference = run(order);
-  EXPECT_TRUE(reference.first["errors"].empty());
-  std::mt19937 random(20240501);
-  for (int round = 0; round < 40; ++round) {
-    std::shuffle(order.begin(), order.end(), random);
-    const auto other = run(order);
-    ASSERT_EQ(other.first, reference.first) << "order " << ::testing::PrintToString(order);
-    ASSERT_EQ(other.second, reference.second) << "order " << ::testing::PrintToString(order);
-  }
-}
 
 TEST_F(VrfContainerTest, PimRegisterPathFeedsOnlyTheFibOfItsFamily) {
   manager->createMfibModule(AddressFamily::ipv4, red, VrfId(2), true);
