@@ -61,6 +61,8 @@ MfaAgent::MfaAgent(Lumo::Ptr<Cordex::EntityManager> entityManager,
 
   // The pipelines' control makes the two interface roots.
   vrfPipelineControl_.is(*this, this);
+  // First to hear of a VRF's new id: IGMPv2 takes it before the parts built beside the pipeline.
+  vrfLifecycleListenerIs(*vrfPipelineControl());
   vrfIdTracker_.is(*this, this);
   vrfNamespaces_.is(*this, this);
   mfibWorkerTasks_.is(*this, this);
@@ -84,6 +86,7 @@ MfaAgent::~MfaAgent() {
   moduleStatusErrorReactor_.isRegisteredIs(false);
   mfibWorkerTasks()->handleCleanup();
   vrfIdTracker()->handleCleanup();
+  vrfLifecycleListenerDel(*vrfPipelineControl());
   vrfPipelineControl()->handleCleanup();
   vrfNamespaces()->intfStatusManagerRootDel();
   txDemuxerModuleProgrammer_.del(*this);

@@ -69,15 +69,8 @@ void VrfIdTracker::handleVrfNameToId(const Lumo::String& name) {
   } else {
     vrfNameToIdColl()->vrfNameToIdDel(name);
   }
-  if (oldId == id) return;
-  if (agent_->oru()) followModuleId(vrf);
-  agent_->vrfLifecycleListeners().vrfIdChanged(vrf, oldId, id);
-}
-
-void VrfIdTracker::followModuleId(const L3::VrfName& vrf) {
-  if (const auto& manager = agent_->mcastModuleManager()) {
-    manager->igmpV2VrfIdIs(vrf, vrfIdForModules(vrf));
-  }
+  // The reduced agent's modules carry hardware ids: their changes are told from there.
+  if (oldId != id && agent_->oru()) agent_->vrfLifecycleListeners().vrfIdChanged(vrf, oldId, id);
 }
 
 void VrfIdTracker::hwVrfIdToNameStatusIs() {
@@ -97,10 +90,7 @@ void VrfIdTracker::handleHwVrfIdToName() {
   for (const auto& entry : vrfNameToIdColl()->hwVrfNameToIds()) {
     if (status->vrfEntry(entry.value).name != entry.key) gone.push_back(entry.key);
   }
-  for (const Lumo::String& name : gone) {
-    vrfNameToIdColl()->hwVrfNameToIdDel(name);
-    if (!agent_->oru()) followModuleId(L3::VrfName(name));
-  }
+  for (const Lumo::String& name : gone) doHwVrfNameToIdIs(name, Vrf::VrfIdMap::VrfId());
 }
 
 void VrfIdTracker::handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
@@ -112,14 +102,23 @@ void VrfIdTracker::handleHwVrfIdToName(const Vrf::VrfIdMap::VrfId& id) {
     for (const auto& member : vrfNameToIdColl()->hwVrfNameToIds()) {
       if (member.value == id && !(usable && member.key == entry.name)) stale.push_back(member.key);
     }
-    for (const Lumo::String& name : stale) vrfNameToIdColl()->hwVrfNameToIdDel(name);
-    if (usable) vrfNameToIdColl()->hwVrfNameToIdIs(entry.name, id);
-    if (!agent_->oru()) {
-      for (const Lumo::String& name : stale) followModuleId(L3::VrfName(name));
-      if (usable) followModuleId(L3::VrfName(entry.name));
-    }
+    for (const Lumo::String& name : stale) doHwVrfNameToIdIs(name, Vrf::VrfIdMap::VrfId());
+    if (usable) doHwVrfNameToIdIs(entry.name, id);
   } catch (const Lumo::Exception& error) {
     doCorruptionDetected(error.msg());
+  }
+}
+
+void VrfIdTracker::doHwVrfNameToIdIs(const Lumo::String& name, Vrf::VrfIdMap::VrfId id) {
+  const Vrf::VrfIdMap::VrfId oldId = vrfNameToIdColl()->hwVrfNameToId(name);
+  if (id.isNone()) {
+    vrfNameToIdColl()->hwVrfNameToIdDel(name);
+  } else {
+    vrfNameToIdColl()->hwVrfNameToIdIs(name, id);
+  }
+  // Only the reduced agent makes its modules with hardware ids.
+  if (oldId != id && !agent_->oru()) {
+    agent_->vrfLifecycleListeners().vrfIdChanged(L3::VrfName(name), oldId, id);
   }
 }
 

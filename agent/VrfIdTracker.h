@@ -16,7 +16,8 @@ class MfaAgent;
 
 // The ids of the VRFs: copies the software id of each VRF name (or, in the reduced agent,
 // the hardware id) into the collection it shares with the rest of the forwarding agent, and
-// tells the VRF-lifecycle listeners of each software id that changed. A VRF that loses its
+// tells the VRF-lifecycle listeners of each change of the id the VRF's modules carry: the
+// software id in the full agent, the hardware id in the reduced one. A VRF that loses its
 // id keeps its pipeline: only the id leaves the tables.
 class VrfIdTracker : public Qel::StateMachine {
  public:
@@ -54,8 +55,8 @@ class VrfIdTracker : public Qel::StateMachine {
  private:
   const Lumo::Ptr<VrfNameToIdCollection>& vrfNameToIdColl() const;
   void doCorruptionDetected(const Lumo::String& msg);
-  // The modules that hold a VRF's id in a table take the id the modules use now.
-  void followModuleId(const L3::VrfName& vrf);
+  // Sets (or, with none, drops) a name's hardware id.
+  void doHwVrfNameToIdIs(const Lumo::String& name, Vrf::VrfIdMap::VrfId id);
   void qel_VrfNameStatus_NameToIdMapInIs(
       const Lumo::Ptr<Vrf::VrfIdMap::NameToIdMap const>& nameToIdMap);
 

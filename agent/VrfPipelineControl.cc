@@ -138,6 +138,11 @@ void VrfPipelineControl::stopMfibSm(const L3::VrfName& vrf, AddressFamily af) {
   if (!familyLeft && !vrf.isDefault()) agent_->vrfNamespaces()->deleteKniSm(vrf);
 }
 
+void VrfPipelineControl::vrfIdChanged(const L3::VrfName& vrf, Vrf::VrfIdMap::VrfId /*oldId*/,
+                                      Vrf::VrfIdMap::VrfId newId) {
+  if (const auto& manager = agent_->mcastModuleManager()) manager->igmpV2VrfIdIs(vrf, newId);
+}
+
 // ---- Per-VRF members ----
 
 void VrfPipelineControl::mfibModuleIs(const Lumo::Ptr<MfibAf>& module) {

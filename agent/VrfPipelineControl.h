@@ -6,6 +6,7 @@
 #include "mfib/VekL3MfibSm.h"
 #include "pipeline/McastAnyRxSet.h"
 #include "pipeline/PimRegRx.h"
+#include "pipeline/VrfLifecycleListener.h"
 #include "runtime/dov/TaskScheduler.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/qel/CollectionAttr.h"
@@ -35,8 +36,9 @@ class MfaAgent;
 // started it (startMfibSm) and its route tables are mounted; the three come in any order and
 // each does what it can. Per VRF and family it holds the FIB module, the route machine, the
 // PIM register port and the machines that follow the VRF's multicast interfaces and route
-// tables; the receive set serves both families.
-class VrfPipelineControl : public Qel::StateMachine {
+// tables; the receive set serves both families. It also owns the VRF's entry in IGMPv2 and
+// keeps it on the id the VRF's modules carry, hearing of that id as every other part does.
+class VrfPipelineControl : public Qel::StateMachine, public VrfLifecycleListener {
  public:
   enum : Qel::AttributeId {
     kMcastIntfRoot = 1,
@@ -56,6 +58,16 @@ class VrfPipelineControl : public Qel::StateMachine {
   // Brings up the pipeline of a VRF and family; starting what stands changes nothing.
   void startMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
   void stopMfibSm(const L3::VrfName& vrf, Lanx::AddressFamily af);
+
+  // ---- The VRF's life, as the agent tells it ----
+
+  // Start and stop are this control's own doing: nothing to follow.
+  void vrfStarted(const L3::VrfName&, Lanx::AddressFamily) override {}
+  void vrfStopping(const L3::VrfName&, Lanx::AddressFamily) override {}
+  // IGMPv2 maps a packet's VRF id back to its VRF: a VRF it serves takes its new id there.
+  // One that lost its id keeps the old one, as its other modules do.
+  void vrfIdChanged(const L3::VrfName& vrf, Vrf::VrfIdMap::VrfId oldId,
+                    Vrf::VrfIdMap::VrfId newId) override;
 
   // ---- Per-family inputs ----
 

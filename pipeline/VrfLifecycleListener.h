@@ -21,7 +21,8 @@ class VrfLifecycleListener {
   virtual void vrfStarted(const L3::VrfName& vrf, Lanx::AddressFamily af) = 0;
   // The VRF's pipeline for the family is about to go; its FIB module still exists.
   virtual void vrfStopping(const L3::VrfName& vrf, Lanx::AddressFamily af) = 0;
-  // The VRF's software id changed (either side may be none).
+  // The id the VRF's modules carry changed (either side may be none): the software id in the
+  // full agent, the hardware id in the reduced one, which builds nothing beside the pipeline.
   virtual void vrfIdChanged(const L3::VrfName& vrf, Vrf::VrfIdMap::VrfId oldId,
                             Vrf::VrfIdMap::VrfId newId) = 0;
 

@@ -58,6 +58,34 @@ TEST_F(AgentVrfTest, ReducedAgentTakesHardwareIdsAndDropsNamesTheirIdNoLongerNam
   EXPECT_TRUE(vrfIds->hwVrfNameToIds().empty());
 }
 
+// IGMPv2 maps packets back to their VRF by the id the VRF's modules carry: the software id
+// in the full agent, the hardware id in the reduced one. A change of the other id, or the
+// loss of the id, leaves the entry as it is.
+TEST_F(AgentVrfTest, IgmpV2FollowsTheIdTheModulesCarry) {
+  auto igmpV2Id = [this] { return dump()["modules"]["IgmpV2"]["table"]["vrfs"]["red"]; };
+  makeAgent(true);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  EXPECT_EQ(igmpV2Id(), 2);
+  state->vrfNameToId().vrfIdIs("red", VrfId(4));
+  EXPECT_EQ(igmpV2Id(), 4);
+  state->hwVrfIdMap().vrfEntryDel(VrfId(12));
+  state->hwVrfIdMap().vrfEntryIs(VrfId(13), {"red"});
+  state->vrfNameToId().vrfIdDel("red");
+  EXPECT_EQ(igmpV2Id(), 4);
+
+  agent = nullptr;
+  makeAgent(false);
+  agent->startMfibSm(red, AddressFamily::ipv4);
+  EXPECT_EQ(igmpV2Id(), 13);
+  state->hwVrfIdMap().vrfEntryDel(VrfId(13));
+  EXPECT_EQ(igmpV2Id(), 13);
+  state->hwVrfIdMap().vrfEntryIs(VrfId(14), {"red"});
+  EXPECT_EQ(igmpV2Id(), 14);
+  state->vrfNameToId().vrfIdIs("red", VrfId(5));
+  state->hwVrfIdMap().vrfEntryIs(VrfId(14), {"blue"});
+  EXPECT_EQ(igmpV2Id(), 14);
+}
+
 TEST_F(AgentVrfTest, StartMountsTheVrfNamespaceOnceAndTheLastStopUnmountsIt) {
   state->kernelDevices(red.nsName()).interfaceByDeviceNameIs("et2", {7, 1, et2});
   makeAgent(true);
