@@ -20,23 +20,6 @@ vek::pb::VrfOverlayToUnderlayGroupArg groupArg(std::uint32_t vrfId, std::string 
   return arg;
 }
 
-TEST(L3MVxlanInTable, GroupsAreKeptPerVrfAndGoOneByOneOrAllAtOnce) {
-  Dataplane::L3MVxlanIn table;
-  table.addVrfOverlayToUnderlayGroup(groupArg(2, v4Group));
-  table.addVrfOverlayToUnderlayGroup(groupArg(2, std::string("\xef\x01\x01\x02", 4)));
-  table.addVrfOverlayToUnderlayGroup(groupArg(3, v4Group));
-  EXPECT_EQ(table.dump()["vrfOverlayToUnderlayGroup"]["2"].size(), 2u);
-
-  auto one = groupArg(2, v4Group, "");
-  EXPECT_FALSE(table.deleteVrfOverlayToUnderlayGroup(one).failed());
-  vek::pb::VrfOverlayToUnderlayGroupArg all;
-  all.set_vrfid(3);
-  all.set_allgroups(true);
-  EXPECT_FALSE(table.deleteVrfOverlayToUnderlayGroup(all).failed());
-  EXPECT_EQ(table.dump()["vrfOverlayToUnderlayGroup"],
-            (Json{{"2", {{"239.1.1.2", "239.0.0.1"}}}}));
-}
-
 TEST(L3MVxlanInTable, MalformedArgumentsAreRefusedAndChangeNothing) {
   Dataplane::L3MVxlanIn table;
   const Json before = table.dump();
@@ -62,44 +45,6 @@ class L3MVxlanOutTable : public ::testing::Test {
  protected:
   Dataplane::L3MVxlanOut table{Dataplane::ModuleContext{"L3MVxlanOut", 16, 1, nullptr}};
 };
-
-TEST_F(L3MVxlanOutTable, TheFourTablesTakeAddsAndDeletesByTheirKeyAlone) {
-  vek::pb::VlanVniArg vlan;
-  vlan.set_vni(10010);
-  vlan.set_vlanid(10);
-  table.addVniVlan(vlan);
-  vek::pb::VniVrfArg vrf;
-  vrf.set_vni(10010);
-  vrf.set_vrfid(2);
-  table.addVniVrf(vrf);
-  vek::pb::AfVrfOGateArg gate;
-  gate.set_af(2);
-  gate.set_vrfid(2);
-  gate.set_ogate(3);
-  table.addOGateEntry(gate);
-  vek::pb::VrfVlanArg sbd;
-  sbd.set_vrfid(2);
-  sbd.set_vlanid(3001);
-  table.addVrfSBDVlan(sbd);
-  Json held = table.dump();
-  EXPECT_EQ(held["vniVlan"], (Json{{"10010", 10}}));
-  EXPECT_EQ(held["vniVrf"], (Json{{"10010", 2}})) << "one VNI in both tables";
-  EXPECT_EQ(held["oGates"], (Json{{"ipv6:2", 3}}));
-  EXPECT_EQ(held["vrfSbdVlan"], (Json{{"2", 3001}}));
-
-  vek::pb::VlanVniArg vniOnly;
-  vniOnly.set_vni(10010);
-  table.deleteVniVlan(vniOnly);
-  gate.clear_ogate();
-  table.deleteOGateEntry(gate);
-  sbd.clear_vlanid();
-  table.deleteVrfSBDVlan(sbd);
-  held = table.dump();
-  EXPECT_EQ(held["vniVlan"], Json::object());
-  EXPECT_EQ(held["vniVrf"].size(), 1u);
-  EXPECT_EQ(held["oGates"], Json::object());
-  EXPECT_EQ(held["vrfSbdVlan"], Json::object());
-}
 
 TEST_F(L3MVxlanOutTable, MalformedArgumentsAreRefused) {
   vek::pb::UdpPortArg port;

@@ -178,16 +178,6 @@ TEST_F(HostCliTest, ACheckedScenarioPastItsTimeLimitIsStoppedAndFails) {
   EXPECT_EQ(cli({"check", "--time-limit", "-1", file}), 2);
 }
 
-TEST_F(HostCliTest, AnAgentThatCannotBeLoadedIsOneLineAndNothingRuns) {
-  services.loadAgent = [] { throw std::runtime_error("cannot load the agent /x: why"); };
-  EXPECT_EQ(cli({"run", data("routes.yaml")}), 2);
-  EXPECT_EQ(cli({"check", data("routes.yaml")}), 2);
-  EXPECT_EQ(err.str(),
-            "mfa-host: cannot load the agent /x: why\n"
-            "mfa-host: cannot load the agent /x: why\n");
-  EXPECT_EQ(out.str(), "");
-}
-
 TEST_F(HostCliTest, WithoutTheAgentOrItsIdsTheVerbsRefuseClearly) {
   EXPECT_EQ(cli({"intf-id", "Ethernet1", "Vlan 2", "Vlan2"}), 2);
   const auto id = [](const char* name) {

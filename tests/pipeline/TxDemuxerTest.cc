@@ -27,16 +27,5 @@ TEST_F(TxDemuxerTest, InterfaceEntriesCarryGateAndVlanAndTheLastAddDecides) {
   EXPECT_EQ(errorCount(), 0u);
 }
 
-TEST_F(TxDemuxerTest, ProviderVlansAndCountersReachTheirTables) {
-  demux->addVrfIdToPmsiVlan(Vrf::VrfIdMap::VrfId(2), 100);
-  demux->addVrfIdToPmsiVlan(Vrf::VrfIdMap::VrfId(3), 300);
-  demux->deleteVrfIdToPmsiVlan(Vrf::VrfIdMap::VrfId(3));
-  demux->setCounterIds(Vek::CounterId(7), Vek::CounterId(8));
-
-  const Json t = table("TxDemuxer");
-  EXPECT_EQ(t["vrfIdToPmsiVlan"], Json::parse(R"({"2": 100})"));
-  EXPECT_EQ(t["counterIds"], Json::parse(R"({"noIntfDstCounter": 7, "noIntfDstOgateCounter": 8})"));
-}
-
 }  // namespace
 }  // namespace PipelineTest

@@ -27,18 +27,6 @@ class OismFloodSetTest : public VxlanFixture {
   Lumo::Ptr<VekL3Mcast::VekOismFloodSetSm> sm;
 };
 
-TEST_F(OismFloodSetTest, WhatStandsAtStartAndWhatComesLaterIsProgrammed) {
-  floodSet(10).vtepIs(Lanx::IpGenAddr("10.0.0.7"));
-  floodSet(10).vtepIs(Lanx::IpGenAddr("10.0.0.8"));
-  start();
-  floodSet(20).vtepIs(Lanx::IpGenAddr("2001:db8::9"));
-  settle();
-  EXPECT_EQ(tables.floodSet,
-            FloodKeys({{10, "10.0.0.7"}, {10, "10.0.0.8"}, {20, "2001:db8::9"}}));
-  EXPECT_EQ(tables.commands, 3u);
-  EXPECT_EQ(sm->oismFloodSetTask()->taskName(), "VlanVtepTask");
-}
-
 // Each change is one backlog entry worked with the state of its turn.
 TEST_F(OismFloodSetTest, VtepAddedAndDeletedInOneBurstGivesOneDeleteAndNoAdd) {
   start();

@@ -8,7 +8,6 @@
 
 #include "runtime/lumo/Exception.h"
 #include "runtime/qel/NotifieeConst.h"
-#include "runtime/state/KernelMfibConfig.h"
 #include "runtime/state/MfibRoute.h"
 #include "runtime/state/MfibStatus.h"
 #include "runtime/state/MfibVrfAdapter.h"
@@ -169,18 +168,6 @@ TEST(MfibVrfRouteIteratorTest, AWalkRebuiltAtABookmarkMeetsTheRestExactlyOnce) {
   MfibVrfRouteIteratorConst seeked(adapter);
   seeked.updateToBestRouteIterators(bookmarkApp, bookmarkKey);
   EXPECT_EQ(walk(std::move(seeked)).size(), 149u);
-}
-
-TEST(KernelMfibConfigTest, PublishesEachLimitByItsOwnAttribute) {
-  using Config = Routing::KernelMfib::Config;
-  auto config = Lumo::makePtr<Config>(100, 5);
-  Heard<int> heard(*config);
-  config->maxUnresolvedPktBuffersIs(5);  // unchanged
-  config->maxUnresolvedPktBuffersIs(6);
-  config->maxUnresolvedCacheEntriesIs(200);
-  EXPECT_THAT(heard.keys, ElementsAre(std::to_string(Config::kMaxUnresolvedPktBuffers),
-                                      std::to_string(Config::kMaxUnresolvedCacheEntries)));
-  EXPECT_EQ(config->maxUnresolvedCacheEntries(), 200u);
 }
 
 }  // namespace

@@ -43,14 +43,6 @@ TEST(BoundedStringTest, NamesTakeAtMostTheirBound) {
             "Qel::String::bytes > 150 not allowed");
 }
 
-TEST(BoundedStringTest, VrfNamespaces) {
-  EXPECT_TRUE(VrfName::defaultVrf().isDefault());
-  EXPECT_FALSE(VrfName("red").isDefault());
-  EXPECT_EQ(VrfName::defaultVrf().nsName(), NamespaceName("default"));
-  EXPECT_EQ(VrfName("red").nsName(), NamespaceName("ns-red"));
-  EXPECT_EQ(VrfName(std::string(100, 'v')).nsName().size(), 103u);
-}
-
 TEST(BoundedStringTest, CompareHashAndFormatByText) {
   EXPECT_EQ(VrfName("red"), "red");
   EXPECT_LT(VrfName("blue"), VrfName("red"));

@@ -37,22 +37,6 @@ TEST(IpGenRouteKeyTest, TextStarGAndKeys) {
                                      key("*", "ff05::1")});
 }
 
-// Scenario files name the applications; the numbers are those of the route tables.
-TEST(MfibAppTypeTest, NamesAndValues) {
-  const std::pair<const char*, int> apps[] = {
-      {"static", 1}, {"pim", 2}, {"igmp", 3}, {"mld", 4}, {"mvpn", 5}};
-  for (const auto& [name, value] : apps) {
-    std::optional<MfibAppType> app = Routing::Multicast::Fib::mfibAppTypeFromName(name);
-    ASSERT_TRUE(app) << name;
-    EXPECT_EQ(static_cast<int>(*app), value);
-    EXPECT_EQ(fmt::format("{}", *app), name);
-  }
-  EXPECT_EQ(Routing::Multicast::Fib::allMfibAppTypes.size(), std::size(apps));
-  EXPECT_FALSE(Routing::Multicast::Fib::mfibAppTypeFromName("none"));
-  EXPECT_FALSE(Routing::Multicast::Fib::mfibAppTypeFromName("PIM"));
-  EXPECT_EQ(Routing::Multicast::Fib::mfibAppTypeName(MfibAppType::none), "none");
-}
-
 TEST(MfibVrfDirRouteKeyTest, NoPositionTextAndKeys) {
   EXPECT_TRUE(MfibVrfDirRouteKey().isNoPosition());
   EXPECT_EQ(MfibVrfDirRouteKey().toString(), "none");
