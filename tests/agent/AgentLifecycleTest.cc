@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "agent/MfaToggles.h"
 #include "tests/agent/AgentFixture.h"
 
 namespace AgentTest {
@@ -118,18 +117,6 @@ TEST_F(AgentLifecycleTest, AWorkerWithoutAWeightedClassGetsNoModuleTask) {
     }
   }
   EXPECT_TRUE(dump()["trafficClasses"]["worker0"]["tasks"].empty());
-}
-
-TEST_F(AgentLifecycleTest, TogglesAreReadOnceAndKeptWhateverTheirSourceSaysLater) {
-  const bool wcFwd = VekL3Mcast::toggleMfaWcFwdEnabled();
-  const bool mvpn = VekL3Mcast::toggleMvpnVekEnabled();
-  const bool oism = VekL3Mcast::toggleOismMplsTunnelEnabled();
-  Toggle::overrideIs("MfaWcFwd", !wcFwd);
-  Toggle::overrideIs("MvpnVek", !mvpn);
-  Toggle::overrideIs("OismMplsTunnel", !oism);
-  EXPECT_EQ(VekL3Mcast::toggleMfaWcFwdEnabled(), wcFwd);
-  EXPECT_EQ(VekL3Mcast::toggleMvpnVekEnabled(), mvpn);
-  EXPECT_EQ(VekL3Mcast::toggleOismMplsTunnelEnabled(), oism);
 }
 
 TEST_F(AgentLifecycleTest, MissingCentralStateKeepsTheAgentFromStanding) {

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "host/ScenarioLoader.h"
-#include "host/SnoopingStateKeys.h"
 #include "host/StateWriter.h"
 #include "runtime/qel/Entity.h"
 #include "runtime/sharedmem/EntityManager.h"
-#include "runtime/state/McastTunnelIntfId.h"
-#include "runtime/state/bridging/IgmpSnoopingStatus.h"
-#include "runtime/state/multicast/OismFloodSet.h"
 
 namespace VekHost {
 namespace {
@@ -110,61 +106,6 @@ steps:
 )");
   EXPECT_FALSE(store.routeTableHas(L3::VrfName("red"), AddressFamily::ipv4, MfibAppType::pim));
   EXPECT_EQ(store.sharedMem()->getEntity("routing/multicast/fib/red/pim"), nullptr);
-}
-
-// The snooping status of IPv4, as the writer left it.
-const Bridging::IgmpSnooping::Status& snooping(const CentralStateStore& store) {
-  return dynamic_cast<const Bridging::IgmpSnooping::Status&>(
-      *store.entityManager()->getEntity(Bridging::IgmpSnooping::Status::igmpPath));
-}
-
-// A set replaces what it names and keeps the rest; a delete takes what it names.
-TEST_F(StateWriterTest, SetsReplaceWhatTheyNameAndDeletesTakeIt) {
-  apply(R"(state:
-  snooping:
-    ipv4: {10: {routerIntfs: [{tunnel: 1, vtep: 10.0.0.9}, Ethernet2],
-                groups: {"01:00:5e:01:01:01": [{tunnel: 1, vtep: 10.0.0.7}, Ethernet3],
-                         "01:00:5e:02:02:02": [Ethernet4]}}}
-steps:
-  - set: {snooping: {ipv4: {10: {groups: {"01:00:5e:01:01:01": [Ethernet5]}}}}}
-  - delete: {snooping: {ipv4: {10: {groups: ["01:00:5e:02:02:02"]}}}}
-)");
-  const auto vlan = snooping(store).vlanStatus(Bridging::VlanId(10));
-  ASSERT_TRUE(vlan);
-  const auto tunnel = Multicast::Tunnel::McastTunnelIntfId::intfId(1, Lanx::IpGenAddr("10.0.0.9"));
-  EXPECT_TRUE(vlan->routerIntfHas(tunnel));
-  EXPECT_TRUE(vlan->routerIntfHas(Lanx::IntfId::ethernet(2)));
-  const auto group = vlan->ethGroup(Lanx::EthAddr("01:00:5e:01:01:01"));
-  ASSERT_TRUE(group);
-  EXPECT_EQ(group->memberIntfs().size(), 1u);
-  EXPECT_TRUE(group->memberIntfHas(Lanx::IntfId::ethernet(5)));
-  EXPECT_FALSE(vlan->ethGroup(Lanx::EthAddr("01:00:5e:02:02:02")));
-
-  apply("steps:\n  - delete: {snooping: {ipv4: [10]}}\n");
-  EXPECT_FALSE(snooping(store).vlanStatus(Bridging::VlanId(10)));
-}
-
-TEST_F(StateWriterTest, FloodSetsAndTheStatusTableReachTheirEntities) {
-  apply(R"(state:
-  oismFloodSet: {10: [10.0.0.7, 10.0.0.8], 20: ["2001:db8::7"]}
-  vxlanVtepVlanStatus: [{vtep: 10.0.0.8, vlan: 20}, {vtep: 10.0.0.7, vlan: 10},
-                        {vtep: 10.0.0.9, vlan: 10}]
-steps:
-  - set: {oismFloodSet: {10: [10.0.0.9]}}
-  - delete: {oismFloodSet: [20]}
-)");
-  const auto& floodSets = dynamic_cast<const Routing::Multicast::Evpn::OismFloodSet&>(
-      *store.sharedMem()->getEntity(Routing::Multicast::Evpn::OismFloodSet::mountPath()));
-  const auto vlan10 = floodSets.floodSet(Bridging::VlanId(10));
-  ASSERT_TRUE(vlan10);
-  EXPECT_EQ(vlan10->vteps().size(), 1u);
-  EXPECT_TRUE(vlan10->vtepHas(Lanx::IpGenAddr("10.0.0.9")));
-  EXPECT_FALSE(floodSets.floodSet(Bridging::VlanId(20)));
-  // The dump orders the table by VLAN, then address.
-  EXPECT_EQ(SnoopingStateKeys::vxlanVtepVlanStatusDump(),
-            nlohmann::json::parse(R"([{"vtep": "10.0.0.7", "vlan": 10},
-                                      {"vtep": "10.0.0.9", "vlan": 10},
-                                      {"vtep": "10.0.0.8", "vlan": 20}])"));
 }
 
 }  // namespace

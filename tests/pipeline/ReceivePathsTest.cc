@@ -93,14 +93,6 @@ TEST_F(ReceivePathsTest, MarkFilterFollowsTheNamespaceDeviceAndTheToggle) {
   }
 }
 
-TEST_F(ReceivePathsTest, ToggleIsReadOnceAndKept) {
-  Toggle::overrideIs("ToloVekTx", true);
-  toggleToloVekTxForgetForTest();
-  EXPECT_TRUE(toggleToloVekTxEnabled());
-  Toggle::overrideIs("ToloVekTx", false);
-  EXPECT_TRUE(toggleToloVekTxEnabled());
-}
-
 // A namespace device has no hardware forwarding: the message leaves the flag out while the
 // proxy keeps what the path asked for. Other deliberate differences stand in the proxies.
 TEST_F(ReceivePathsTest, MetadataProxiesDifferFromTheirMessagesOnPurpose) {

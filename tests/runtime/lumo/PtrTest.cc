@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "runtime/lumo/Node.h"
 #include "runtime/lumo/Ptr.h"
 #include "runtime/lumo/Publisher.h"
-#include "runtime/lumo/String.h"
 
 namespace {
 
@@ -25,15 +25,6 @@ TEST(PtrTest, LastUserIsFoundWithFlagBitsSet) {
     EXPECT_TRUE(b->nodeFlag(Lumo::Node::zombie));
   }
   EXPECT_EQ(destroyed, 1);
-}
-
-TEST(PtrTest, StringsShareAndCompareByText) {
-  Lumo::String a("red");
-  Lumo::String b = a;
-  EXPECT_EQ(a.c_str(), b.c_str());
-  EXPECT_EQ(a, Lumo::String(std::string("red")));
-  EXPECT_LT(Lumo::String("blue"), a);
-  EXPECT_TRUE(Lumo::String().empty());
 }
 
 struct Counter {

@@ -52,12 +52,6 @@ TEST_F(CountersAndClassesTest, WorkersAreChosenByTheBalanceOfWeights) {
   EXPECT_EQ(none.allocNextWorker(1, false), 0u);
 }
 
-TEST_F(CountersAndClassesTest, EachWorkerStartsWithItsWeightedClass) {
-  EXPECT_EQ(vekcsd->widToWeightedClass(1), Vek::TcManager::workerClassName(1));
-  EXPECT_FALSE(vekcsd->widToWeightedClassHas(2));
-  EXPECT_TRUE(vekcsd->widToWeightedClass(2).empty());
-}
-
 TEST_F(CountersAndClassesTest, TrafficClassRequestsTravelThroughTheGroup) {
   const Lumo::String tc = Vek::TcManager::getTcName("noCacheRateLimit_red", 1, "packet", 1000);
   EXPECT_NE(tc, Vek::TcManager::getTcName("noCacheRateLimit_red", 0, "packet", 1000));
