@@ -1,6 +1,5 @@
 #include <cerrno>
 
-#include "dataplane/IgmpV2.h"
 #include "dataplane/Mfib.h"
 #include "dataplane/TxDemuxer.h"
 #include "tests/dataplane/ModelFixture.h"
@@ -79,20 +78,6 @@ TEST(TxDemuxerTableTest, EntriesAreReplacedAndVlansChecked) {
   EXPECT_EQ(demux.dump().dump(),
             R"({"intfToOutGate":{"12":{"gate":5,"vlan":10}},"vrfIdToPmsiVlan":{"2":4094},)"
             R"("counterIds":null})");
-}
-
-TEST(IgmpV2TableTest, VrfsComeAndGoByName) {
-  Dataplane::IgmpV2 igmp;
-  vek::pb::IgmpV2VrfArg red;
-  red.set_vrfname("red");
-  red.set_vrfid(2);
-  igmp.addVrf(red);
-  vek::pb::IgmpV2VrfArg never;
-  never.set_vrfname("never");
-  EXPECT_FALSE(igmp.delVrf(never).failed());
-  EXPECT_EQ(igmp.dump()["vrfs"].dump(), R"({"red":2})");
-  igmp.delVrf(red);
-  EXPECT_EQ(igmp.dump()["vrfs"].dump(), "{}");
 }
 
 }  // namespace

@@ -130,18 +130,6 @@ TEST_F(ChannelTest, ErrorsReachTheErrorQueueAndTheLog) {
   EXPECT_TRUE(channel->commandLog().entriesSince(3).empty());
 }
 
-TEST_F(ChannelTest, ErrorsWaitInTheQueueUntilSomeoneTakesThem) {
-  answerEveryCommand();
-  auto m = module("m");
-  pair->config()->cmdBatchEnq(command("m", "bad"));
-  pair->config()->cmdBatchEnq(command("m", "bad"));
-  channel->pump();
-  EXPECT_EQ(pair->status()->errorQueueSize(), 2u);
-  EXPECT_EQ(pair->status()->errorQueueDeq()->module(), "m");
-  EXPECT_NE(pair->status()->errorQueueDeq(), nullptr);
-  EXPECT_EQ(pair->status()->errorQueueDeq(), nullptr);
-}
-
 TEST_F(ChannelTest, CommandsQueuedByAReactorTravelInTheSamePump) {
   answerEveryCommand();
   StatusReactor reactor(*pair->status());
