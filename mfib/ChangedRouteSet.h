@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "mfib/CompactRouteKey.h"
-#include "runtime/qel/BufferedHashSet.h"
+#include "runtime/qel/HashOrderWorkList.h"
 #include "runtime/state/AddressFamily.h"
 #include "runtime/state/MfibVrfDirRouteKey.h"
 
@@ -11,42 +11,15 @@ namespace VekL3Mcast {
 
 // The keys of changed routes that wait for their decision. IPv4 keys wait in their
 // compact form, all others as they are; a machine of one family fills one of the two
-// parts. Each part walks in its own hash order, which is the order of the route tables.
+// parts. Each part is worked in its own hash order, which is the order of the route
+// tables, the compact part first.
 //
-// A pass walks the set from its beginning (walk()) and then drops what it worked
-// (drainBefore, drainAll); keys recorded since the pass began wait for the next one.
-//
-// The compact part is filled at random by the reactors of a busy table, a million keys
-// between two passes: it grows at two thirds of its slots rather than four fifths, so
-// that an insertion shifts a few members instead of a dozen. A waiting key still takes
-// at most 60 bytes (20 a slot, a third of the slots used just after a growth).
+// A pass takes the first key (front()) and drops it once decided (popFront()). A key
+// recorded many times before its turn is worked once. Recording costs an append, not a
+// search: the reactors of a busy table record a million keys between two passes.
 class ChangedRouteSet {
  public:
   using Key = Routing::Multicast::Fib::MfibVrfDirRouteKey;
-  static constexpr unsigned kCompactMaxLoadPercent = 66;
-  using CompactSet =
-      Qel::BufferedHashSet<CompactRouteKey, Qel::kHashMap2018TypeConstant, kCompactMaxLoadPercent>;
-
-  // A walk over the compact part, then the other one. Neither may change meanwhile.
-  class Walk {
-   public:
-    bool done() const noexcept { return compact_.done() && wide_.done(); }
-    Key key() const { return compact_.done() ? wide_->key : compact_->key.key(); }
-    void next() {
-      if (compact_.done()) {
-        ++wide_;
-      } else {
-        ++compact_;
-      }
-    }
-
-   private:
-    friend class ChangedRouteSet;
-    Walk(const ChangedRouteSet& set) : compact_(set.compact_.begin()), wide_(set.wide_.begin()) {}
-
-    CompactSet::UnsafeIteratorConst compact_;
-    Qel::BufferedHashSet<Key>::UnsafeIteratorConst wide_;
-  };
 
   void insert(const Key& key) {
     if (const auto compact = CompactRouteKey::of(key)) {
@@ -63,6 +36,7 @@ class ChangedRouteSet {
     const auto compact = CompactRouteKey::of(key);
     return compact ? compact_.erase(*compact) : wide_.erase(key);
   }
+  // A key recorded more than once may count more than once until its turn.
   std::size_t size() const { return compact_.size() + wide_.size(); }
   bool empty() const { return compact_.empty() && wide_.empty(); }
   void clear() {
@@ -78,24 +52,19 @@ class ChangedRouteSet {
     }
   }
 
-  Walk walk() const { return Walk(*this); }
-  // Drops the keys the walk has passed; those recorded since the walk began stay.
-  void drainBefore(const Walk& at) {
-    if (at.compact_.done()) {
-      compact_.drainAll();
-      if (!at.wide_.done()) wide_.drainBefore(at.wide_->key);
+  // The next key to decide. The set must not be empty.
+  Key front() { return compact_.empty() ? wide_.front() : compact_.front().key(); }
+  void popFront() {
+    if (compact_.empty()) {
+      wide_.popFront();
     } else {
-      compact_.drainBefore(at.compact_->key);
+      compact_.popFront();
     }
-  }
-  void drainAll() {
-    compact_.drainAll();
-    wide_.drainAll();
   }
 
  private:
-  CompactSet compact_;
-  Qel::BufferedHashSet<Key> wide_;
+  Qel::HashOrderWorkList<CompactRouteKey> compact_;
+  Qel::HashOrderWorkList<Key> wide_;
 };
 
 }  // namespace VekL3Mcast

@@ -39,7 +39,7 @@ void NestedSm_MfibVash::handleMfibVash(bool vashDeleted) {
   // key as well, and the second decision finds the module as the first one left it.
   const Routing::Multicast::Fib::MfibAppType application = app();
   try {
-    // The walk is in the changed set's own order: the set must not grow on the way.
+    // Room for the whole table first: the walk then only appends, in the set's own order.
     owner_->changedRouteReserve(owner_->changedRouteCount() + table->routeCount());
     for (const auto& member : table->routes()) {
       VEK_TRACE(debug, "Add route key in vash table to backlog, key: {}", member.key);

@@ -363,26 +363,19 @@ void VekL3MfibSm::handleChangedRoutes() {
   VEK_TRACE(info, "Starting/resuming review of changed routes");
   Dov::Task& task = *task_.get();
   std::uint64_t count = 0;
-  // A decision only queues commands: nothing changes the set while this loop runs (the
-  // iterator asserts it), so the keys worked leave together at its end, and the next run
-  // starts at the first key left. A key recorded meanwhile would wait in the set's list,
-  // which the drain leaves alone, for the next run. The scheduler is asked between keys,
-  // never before the first: a run always works at least one key, whatever it answers.
-  ChangedRouteSet::Walk it = changedRoute_.walk();
-  while (!it.done()) {
+  // A decision only queues commands: nothing records a key while this loop runs. The
+  // scheduler is asked between keys, never before the first: a run always works at least
+  // one key, whatever it answers. Keys recorded before the next run are worked by it in
+  // their order, those that stand before the rest first.
+  while (!changedRoute_.empty()) {
     if (count > 0 && task.taskShouldYield()) break;
-    const MfibVrfDirRouteKey member = it.key();
+    const MfibVrfDirRouteKey member = changedRoute_.front();
     VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), member.app());
     doUpdateRoute(member.app(), member.key());
+    changedRoute_.popFront();
     ++count;
-    it.next();
   }
   task.taskWorkCountInc(count);
-  if (it.done()) {
-    changedRoute_.drainAll();
-  } else if (count > 0) {
-    changedRoute_.drainBefore(it);
-  }
   const std::size_t left = changedRouteCount();
   if (left == 0) {
     VEK_TRACE(info, "Review of changed routes finished");

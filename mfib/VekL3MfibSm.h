@@ -111,16 +111,15 @@ class VekL3MfibSm : public Qel::StateMachine {
   void kernelMfibConfigIs(Lumo::Ptr<KernelMfibConfig const> config);
   void kernelMfibConfigDel();
 
-  // Keys waiting to be worked. A key that is there already is not added again, so a key
-  // that changes many times before its turn is worked once. The set is the machine's own
+  // Keys waiting to be worked. A key that changes many times before its turn is worked
+  // once (the count may hold it more than once until then). The set is the machine's own
   // work list: nobody watches it, and its changes are not announced.
   bool changedRouteHas(const MfibVrfDirRouteKey& key) const { return changedRoute_.has(key); }
   std::size_t changedRouteCount() const { return changedRoute_.size(); }
   void changedRouteIs(const MfibVrfDirRouteKey& key) { changedRoute_.insert(key); }
   void changedRouteDel(const MfibVrfDirRouteKey& key) { changedRoute_.erase(key); }
   void changedRouteDelAll() { changedRoute_.clear(); }
-  // Room for that many waiting keys, made before a walk adds a table's keys in the order
-  // the set itself has.
+  // Room for that many waiting keys, made before a walk adds a whole table's keys.
   void changedRouteReserve(std::size_t members) { changedRoute_.reserve(members, af_); }
 
   const Bookmark& bookmark() const noexcept { return bookmark_.get(); }

@@ -109,28 +109,6 @@ class HashMap2018 {
   std::pair<Entry*, bool> insert(const Key& key, ValueArgs&&... valueArgs) {
     return insertHashed(hashOf(key), key, std::forward<ValueArgs>(valueArgs)...);
   }
-  // Adds every key that is absent, in order. In a map far larger than the cache each
-  // insertion waits for its slot to come from memory; here the hashes are made first and
-  // the slots of the keys a few places ahead are fetched while the earlier ones go in, so
-  // those waits overlap.
-  template <typename V = Value>
-    requires std::is_void_v<V>
-  void insertMany(const Key* keys, std::size_t count) {
-    constexpr std::size_t kChunk = 256;
-    constexpr std::size_t kAhead = 16;
-    std::uint64_t hashes[kChunk];
-    for (std::size_t first = 0; first < count; first += kChunk) {
-      const std::size_t n = std::min(kChunk, count - first);
-      for (std::size_t i = 0; i < n; ++i) hashes[i] = hashOf(keys[first + i]);
-      if (needsGrowth(size_ + n)) reserve(size_ + n);
-      for (std::size_t i = 0; i < std::min(n, kAhead); ++i) prefetchHome(hashes[i]);
-      for (std::size_t i = 0; i < n; ++i) {
-        if (i + kAhead < n) prefetchHome(hashes[i + kAhead]);
-        insertHashed(hashes[i], keys[first + i]);
-      }
-    }
-  }
-
   // Adds the member or replaces the value of the one there.
   template <typename V = Value>
     requires(!std::is_void_v<V>)
@@ -278,13 +256,6 @@ class HashMap2018 {
       }
     }
     return {i, runStart, false};
-  }
-  void prefetchHome(std::uint64_t hash) const noexcept {
-    const std::size_t at = home(hash);
-    __builtin_prefetch(&hashes_[at], 1);
-    // An insertion writes the entry at its home or a slot or two on.
-    __builtin_prefetch(&entries_[at], 1);
-    if (at + 2 < slots_) __builtin_prefetch(&entries_[at + 2], 1);
   }
   template <typename... ValueArgs>
   std::pair<Entry*, bool> insertHashed(std::uint64_t hash, const Key& key,

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -40,69 +41,76 @@ TEST(CompactRouteKeyTest, IPv4KeysComeBackWholeAndHashAsThemselves) {
   EXPECT_FALSE(CompactRouteKey::of(key(MfibAppType::pim, "*", "ff0e::1")));
 }
 
-std::vector<MfibVrfDirRouteKey> walked(const ChangedRouteSet& set) {
+MfibVrfDirRouteKey ipv4Key(MfibAppType app, int i) {
+  return key(app, ("10." + std::to_string(i / 62500) + "." + std::to_string(i / 250 % 250) + "." +
+                   std::to_string(i % 250)).c_str(),
+             "239.1.1.1");
+}
+
+std::vector<MfibVrfDirRouteKey> worked(ChangedRouteSet& set, std::size_t most = SIZE_MAX) {
   std::vector<MfibVrfDirRouteKey> keys;
-  for (auto walk = set.walk(); !walk.done(); walk.next()) keys.push_back(walk.key());
+  for (; !set.empty() && keys.size() < most; set.popFront()) keys.push_back(set.front());
   return keys;
 }
 
-TEST(ChangedRouteSetTest, KeysOfBothFormsAreHeldOnceAndWalkedInTheTablesOrder) {
+// The order a route table of these keys has.
+std::vector<MfibVrfDirRouteKey> tableOrder(const std::vector<MfibVrfDirRouteKey>& keys) {
+  Qel::HashSet2018<MfibVrfDirRouteKey> table;
+  for (const auto& k : keys) table.insert(k);
+  std::vector<MfibVrfDirRouteKey> ordered;
+  for (const auto& member : table) ordered.push_back(member.key);
+  return ordered;
+}
+
+// Keys recorded many times are worked once, in the route tables' order, the compact part
+// first; keys of one route in two tables hash alike and still stand in the tables' order.
+TEST(ChangedRouteSetTest, EachKeyIsWorkedOnceInTheTablesOrder) {
   ChangedRouteSet set;
-  Qel::HashMap2018<IpGenRouteKey, int> table;
-  std::vector<MfibVrfDirRouteKey> sixes;
-  for (int i = 0; i < 600; ++i) {
-    const auto k = key(MfibAppType::pim, ("10.0." + std::to_string(i / 250) + "." +
-                                          std::to_string(i % 250)).c_str(), "239.1.1.1");
-    set.insert(k);
-    set.insert(k);
-    table.insert(k.key(), i);
+  std::vector<MfibVrfDirRouteKey> fours;
+  for (int i = 0; i < 3000; ++i) {
+    fours.push_back(ipv4Key(i % 7 ? MfibAppType::pim : MfibAppType::igmp, i));
+    if (i % 50 == 0) fours.push_back(ipv4Key(MfibAppType::static_, i));
   }
+  for (const auto& k : fours) set.insert(k);
+  for (const auto& k : fours) set.insert(k);
   const auto six = key(MfibAppType::pim, "2001:db8::1", "ff0e::1");
   set.insert(six);
   set.insert(six);
-  EXPECT_EQ(set.size(), 601u);
   EXPECT_TRUE(set.has(six));
-  EXPECT_TRUE(set.has(key(MfibAppType::pim, "10.0.1.7", "239.1.1.1")));
-  EXPECT_FALSE(set.has(key(MfibAppType::igmp, "10.0.1.7", "239.1.1.1")));
+  EXPECT_TRUE(set.has(fours[1234]));
+  EXPECT_FALSE(set.has(ipv4Key(MfibAppType::mvpn, 1234)));
 
-  const std::vector<MfibVrfDirRouteKey> keys = walked(set);
-  ASSERT_EQ(keys.size(), 601u);
-  std::size_t i = 0;
-  for (const auto& member : table) EXPECT_EQ(keys[i++].key(), member.key) << i;
-  EXPECT_EQ(keys.back(), six);
-
-  EXPECT_TRUE(set.erase(six));
-  EXPECT_FALSE(set.erase(six));
-  EXPECT_EQ(set.size(), 600u);
+  std::vector<MfibVrfDirRouteKey> expected = tableOrder(fours);
+  expected.push_back(six);
+  EXPECT_EQ(worked(set), expected);
+  EXPECT_EQ(set.size(), 0u);
 }
 
-// A pass drops what it worked and nothing else: keys recorded while it ran wait for the
-// next one, whichever part they went to.
-TEST(ChangedRouteSetTest, APassDrainsOnlyWhatItWalkedPast) {
+// Between two runs of a pass: keys recorded before the rest are worked first, copies of
+// waiting keys and keys worked already are worked once more, erased keys not at all, and
+// buckets that split meanwhile keep the order.
+TEST(ChangedRouteSetTest, KeysRecordedBetweenRunsJoinTheOrder) {
   ChangedRouteSet set;
-  for (int i = 0; i < 40; ++i) {
-    set.insert(key(MfibAppType::pim, ("10.0.0." + std::to_string(i)).c_str(), "239.1.1.1"));
-  }
-  set.insert(key(MfibAppType::pim, "2001:db8::1", "ff0e::1"));
-  auto walk = set.walk();
-  std::vector<MfibVrfDirRouteKey> worked;
-  for (int n = 0; n < 10; ++n, walk.next()) worked.push_back(walk.key());
-  const auto late = key(MfibAppType::pim, "10.9.9.9", "239.1.1.1");
-  const auto late6 = key(MfibAppType::pim, "2001:db8::9", "ff0e::1");
-  set.insert(late);
-  set.insert(late6);
-  set.drainBefore(walk);
-  EXPECT_EQ(set.size(), 33u);
-  for (const auto& k : worked) EXPECT_FALSE(set.has(k)) << k;
-  EXPECT_TRUE(set.has(late));
+  std::vector<MfibVrfDirRouteKey> first;
+  for (int i = 0; i < 100; ++i) first.push_back(ipv4Key(MfibAppType::pim, i));
+  for (const auto& k : first) set.insert(k);
+  const std::vector<MfibVrfDirRouteKey> ordered = tableOrder(first);
+  const std::vector<MfibVrfDirRouteKey> done = worked(set, 30);
+  ASSERT_EQ(done, std::vector<MfibVrfDirRouteKey>(ordered.begin(), ordered.begin() + 30));
 
-  // Past the compact part: all of it goes, the other part keeps what the walk stands on.
-  walk = set.walk();
-  while (!(walk.key().key().family() == Lanx::AddressFamily::ipv6)) walk.next();
-  set.drainBefore(walk);
-  EXPECT_EQ(set.size(), 2u);
-  EXPECT_TRUE(set.has(late6));
-  set.drainAll();
+  std::vector<MfibVrfDirRouteKey> waiting(ordered.begin() + 30, ordered.end());
+  for (int i = 100; i < 5000; ++i) waiting.push_back(ipv4Key(MfibAppType::pim, i));
+  for (const auto& k : waiting) set.insert(k);
+  for (int i = 0; i < 30; i += 3) {
+    set.insert(done[i]);
+    waiting.push_back(done[i]);
+  }
+  for (int i = 0; i < 30; i += 5) set.insert(ordered[40 + i]);
+  EXPECT_TRUE(set.erase(ordered[99]));
+  EXPECT_FALSE(set.erase(ordered[99]));
+  std::erase(waiting, ordered[99]);
+
+  EXPECT_EQ(worked(set), tableOrder(waiting));
   EXPECT_TRUE(set.empty());
 }
 

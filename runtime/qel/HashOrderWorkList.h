@@ -1,0 +1,225 @@
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "runtime/lumo/Assert.h"
+#include "runtime/qel/HashHelper.h"
+#include "runtime/qel/HashMap2018.h"
+
+namespace Qel {
+
+// A work list of keys that is worked in the hash order of a HashMap2018 of the same type
+// constant: the order in which a table of those keys iterates, so that the work reads its
+// tables from front to back.
+//
+// A key is recorded by appending it to the bucket of its hash's top bits, without looking
+// for it: a reactor that records a million changed keys at random then writes to the ends
+// of a few thousand short lists instead of probing a set of the whole million for each
+// key, which waits for memory at every key. The work takes the lowest bucket, orders it
+// and drops the copies of a key recorded more than once, so a key is worked once however
+// often it was recorded before its turn.
+//
+// A pass works from the front (front(), popFront()). Keys recorded between two runs of a
+// pass are worked by the next run in their order, before the rest if they stand before
+// it; nothing may be recorded while a run works the front.
+//
+// Buckets double when they hold more than kKeysPerBucket keys on average and do not
+// shrink: an idle list keeps one empty bucket per kKeysPerBucket keys of its largest
+// burst, and a bucket lets its storage go when it empties.
+template <std::totally_ordered Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
+class HashOrderWorkList {
+ public:
+  static constexpr std::size_t kKeysPerBucket = 64;
+  static constexpr std::size_t kBatch = 256;
+  // A bucket's first storage: large enough that the storage of buckets which grew and
+  // emptied never lands among the allocator's smallest blocks, whose merging at some
+  // later large allocation would stall a task run for a millisecond and more.
+  static constexpr std::size_t kFirstRoom = 16;
+
+  HashOrderWorkList() : salt_(HashHelper::salt(TypeConstant)), buckets_(1) { staged_.reserve(kBatch); }
+
+  void insert(const Key& key) {
+    // The same key again and again (a route that flaps) takes one place.
+    if (!staged_.empty() && staged_.back().key == key) return;
+    staged_.push_back(Entry{hashOf(key), key});
+    if (staged_.size() >= kBatch) takeIn();
+  }
+
+  bool has(const Key& key) const {
+    takeIn();
+    const std::size_t at = bucketOf(hashOf(key));
+    const std::vector<Entry>& bucket = buckets_[at];
+    const std::size_t first = at == head_ ? headConsumed_ : 0;
+    return std::any_of(bucket.begin() + first, bucket.end(),
+                       [&](const Entry& entry) { return entry.key == key; });
+  }
+  // Every copy of the key.
+  bool erase(const Key& key) {
+    takeIn();
+    const std::size_t at = bucketOf(hashOf(key));
+    if (at == head_) compactHead();
+    std::vector<Entry>& bucket = buckets_[at];
+    const std::size_t before = bucket.size();
+    std::erase_if(bucket, [&](const Entry& entry) { return entry.key == key; });
+    const std::size_t erased = before - bucket.size();
+    size_ -= erased;
+    if (bucket.empty()) bucketEmptied(at);
+    return erased > 0;
+  }
+  // Keys waiting; a key recorded more than once may count more than once until its
+  // bucket's turn.
+  std::size_t size() const noexcept { return size_ + staged_.size(); }
+  bool empty() const noexcept { return size_ == 0 && staged_.empty(); }
+  void clear() {
+    for (std::vector<Entry>& bucket : buckets_) std::vector<Entry>().swap(bucket);
+    staged_.clear();
+    size_ = 0;
+    head_ = buckets_.size();
+    headConsumed_ = 0;
+    headOrdered_ = false;
+  }
+  // Enough buckets for that many keys, made before a burst of known size.
+  void reserve(std::size_t keys) {
+    takeIn();
+    while (keys > buckets_.size() * kKeysPerBucket) grow();
+  }
+
+  // The first key in order. The list must not be empty.
+  const Key& front() {
+    orderHead();
+    return buckets_[head_][headConsumed_].key;
+  }
+  void popFront() {
+    orderHead();
+    ++headConsumed_;
+    --size_;
+    if (headConsumed_ == buckets_[head_].size()) bucketEmptied(head_);
+  }
+
+ private:
+  struct Entry {
+    std::uint64_t hash;
+    Key key;
+  };
+
+  // The collection's own hash, so that the order is the tables' order.
+  std::uint64_t hashOf(const Key& key) const noexcept {
+    const std::uint64_t hash = hashSingleAttr(key, salt_);
+    return hash == 0 ? 1 : hash;
+  }
+  std::size_t bucketOf(std::uint64_t hash) const noexcept {
+    return bits_ == 0 ? 0 : static_cast<std::size_t>(hash >> (64 - bits_));
+  }
+
+  // Appends the staged keys to their buckets: first the buckets' heads are fetched, then
+  // their ends, so that the waits for memory of a whole batch overlap.
+  void takeIn() const {
+    if (staged_.empty()) return;
+    while (size_ + staged_.size() > buckets_.size() * kKeysPerBucket) grow();
+    for (const Entry& entry : staged_) __builtin_prefetch(&buckets_[bucketOf(entry.hash)]);
+    for (const Entry& entry : staged_) {
+      const std::vector<Entry>& bucket = buckets_[bucketOf(entry.hash)];
+      __builtin_prefetch(bucket.data() + bucket.size(), 1);
+    }
+    for (const Entry& entry : staged_) {
+      const std::size_t at = bucketOf(entry.hash);
+      if (at < head_) {
+        compactHead();
+        head_ = at;
+      }
+      if (at == head_) headOrdered_ = false;
+      std::vector<Entry>& bucket = buckets_[at];
+      if (bucket.capacity() == 0) bucket.reserve(kFirstRoom);
+      bucket.push_back(entry);
+    }
+    size_ += staged_.size();
+    staged_.clear();
+  }
+
+  // Puts the head bucket in order from its first unworked key: the worked ones go, the
+  // rest is sorted as the tables order it and each key's copies collapse into one.
+  void orderHead() {
+    takeIn();
+    QEL_ASSERT(size_ > 0, "the work list is empty");
+    if (headOrdered_) return;
+    compactHead();
+    std::vector<Entry>& bucket = buckets_[head_];
+    if (!std::is_sorted(bucket.begin(), bucket.end(), Before{})) {
+      std::sort(bucket.begin(), bucket.end(), Before{});
+    }
+    const std::size_t recorded = bucket.size();
+    bucket.erase(std::unique(bucket.begin(), bucket.end(), SameKey{}), bucket.end());
+    size_ -= recorded - bucket.size();
+    headOrdered_ = true;
+  }
+  // Equal hashes stand in the order of their keys, as in the tables.
+  struct Before {
+    bool operator()(const Entry& a, const Entry& b) const noexcept {
+      return a.hash != b.hash ? a.hash < b.hash : a.key < b.key;
+    }
+  };
+  struct SameKey {
+    bool operator()(const Entry& a, const Entry& b) const noexcept {
+      return a.hash == b.hash && a.key == b.key;
+    }
+  };
+
+  void compactHead() const {
+    if (head_ >= buckets_.size() || headConsumed_ == 0) return;
+    std::vector<Entry>& bucket = buckets_[head_];
+    bucket.erase(bucket.begin(), bucket.begin() + static_cast<std::ptrdiff_t>(headConsumed_));
+    headConsumed_ = 0;
+  }
+  void bucketEmptied(std::size_t at) {
+    std::vector<Entry>().swap(buckets_[at]);
+    if (at != head_) return;
+    headConsumed_ = 0;
+    headOrdered_ = false;
+    if (size_ == 0) {
+      head_ = buckets_.size();
+      return;
+    }
+    while (buckets_[head_].empty()) ++head_;
+  }
+  // Each bucket splits in two by the next bit of its keys' hashes; both halves keep the
+  // order they had.
+  void grow() const {
+    compactHead();
+    const std::size_t count = buckets_.size();
+    std::vector<std::vector<Entry>> split(count * 2);
+    for (std::size_t i = 0; i < count; ++i) {
+      for (Entry& entry : buckets_[i]) {
+        split[2 * i + ((entry.hash >> (63 - bits_)) & 1)].push_back(std::move(entry));
+      }
+    }
+    buckets_.swap(split);
+    ++bits_;
+    if (head_ < count) {
+      head_ *= 2;
+      while (buckets_[head_].empty()) ++head_;
+    } else {
+      head_ = buckets_.size();
+    }
+    headOrdered_ = false;
+  }
+
+  // Reads are const and may take the staged keys in: the list belongs to one thread, like
+  // the rest of the machine that holds it.
+  std::uint64_t salt_;
+  mutable unsigned bits_ = 0;
+  mutable std::vector<std::vector<Entry>> buckets_;
+  mutable std::vector<Entry> staged_;
+  mutable std::size_t size_ = 0;
+  // The lowest bucket that holds keys (the bucket count when none does), how many of its
+  // keys the pass has worked, and whether it is in order from there on.
+  mutable std::size_t head_ = 1;
+  mutable std::size_t headConsumed_ = 0;
+  mutable bool headOrdered_ = false;
+};
+
+}  // namespace Qel
