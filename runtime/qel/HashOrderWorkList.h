@@ -41,11 +41,12 @@ class HashOrderWorkList {
   // later large allocation would stall a task run for a millisecond and more.
   static constexpr std::size_t kFirstRoom = 16;
 
-  HashOrderWorkList() : salt_(HashHelper::salt(TypeConstant)), buckets_(1) { staged_.reserve(kBatch); }
+  HashOrderWorkList() : salt_(HashHelper::salt(TypeConstant)), buckets_(1) {}
 
   void insert(const Key& key) {
     // The same key again and again (a route that flaps) takes one place.
     if (!staged_.empty() && staged_.back().key == key) return;
+    if (staged_.capacity() == 0) staged_.reserve(kBatch);
     staged_.push_back(Entry{hashOf(key), key});
     if (staged_.size() >= kBatch) takeIn();
   }
@@ -194,7 +195,9 @@ class HashOrderWorkList {
     std::vector<std::vector<Entry>> split(count * 2);
     for (std::size_t i = 0; i < count; ++i) {
       for (Entry& entry : buckets_[i]) {
-        split[2 * i + ((entry.hash >> (63 - bits_)) & 1)].push_back(std::move(entry));
+        std::vector<Entry>& half = split[2 * i + ((entry.hash >> (63 - bits_)) & 1)];
+        if (half.capacity() == 0) half.reserve(std::max(kFirstRoom, buckets_[i].size() / 2));
+        half.push_back(std::move(entry));
       }
     }
     buckets_.swap(split);
