@@ -71,8 +71,7 @@ std::size_t heapInUse() {
   return info.uordblks + info.hblkhd;
 }
 
-// The far end: serialises each module command into one reused buffer, counts route
-// commands, and answers nothing.
+// The far end: serialises each module command into one reused buffer and answers nothing.
 class WireBackend final : public Vek::ChannelBackend {
  public:
   void deliver(const Vek::ChannelRecord& record) override {
@@ -80,10 +79,7 @@ class WireBackend final : public Vek::ChannelBackend {
     if (!cmd) return;
     cmd->cmd->message()->SerializeToString(&wire_);
     bytes += wire_.size();
-    const auto& name = cmd->cmd->cmdName();
-    if (name == "addMroute" || name == "deleteMroute") ++routeCommands;
   }
-  std::uint64_t routeCommands = 0;
   std::uint64_t bytes = 0;
 
  private:
