@@ -8,6 +8,7 @@
 
 #include "host/DumpLayout.h"
 #include "kernel/KernelError.h"
+#include "kernel/NetnsScope.h"
 
 namespace VekHost {
 
@@ -28,6 +29,7 @@ LiveRun::LiveRun(ScenarioDriver& driver, Kernel::KernelReader& reader, const std
 }
 
 void LiveRun::begin() {
+  Kernel::NetnsScope inside(reader_.netns());
   const KernelFeed::Update first = feed_.update(reader_.tables(), reader_.tables().takeChanges());
   for (const auto& [change, op] : first.changes) driver_.applyState(change, op);
   driver_.createAgent();
@@ -37,6 +39,7 @@ void LiveRun::begin() {
 }
 
 LiveRun::Applied LiveRun::waitAndApply(double seconds) {
+  Kernel::NetnsScope inside(reader_.netns());
   Applied applied;
   const double wait = std::clamp(seconds, 0.0, kTick);
   pollfd events{reader_.fd(), POLLIN, 0};

@@ -13,6 +13,10 @@ namespace VekHost {
 
 // The agent fed from the kernel of a namespace instead of a scenario: the driver's central
 // state follows what the reader sees, and the agent runs on the real-time scheduler.
+// Whatever the agent does to the kernel (the multicast flags of its devices) belongs to the
+// namespace followed, so the thread stands in it while it runs the agent. The data plane
+// stays where the thread stood before: the constructor configures the driver, spawning a
+// daemon or starting the link thread to one, before the thread ever moves.
 class LiveRun {
  public:
   // The driver must not have been configured yet; `app` names the route application

@@ -21,6 +21,8 @@ class KernelReader {
   explicit KernelReader(const std::string& netns,
                         std::size_t receiveBytes = NetlinkSocket::kDefaultReceiveBytes);
 
+  // The namespace followed, as given: empty for the one the reader was made in.
+  const std::string& netns() const { return netns_; }
   // Readable when notifications wait.
   int fd() const { return events_->fd(); }
   // The families whose multicast forwarding cache the namespace's kernel has.

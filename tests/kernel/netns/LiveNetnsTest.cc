@@ -15,6 +15,7 @@
 #include "host/LiveRun.h"
 #include "host/PluginDriver.h"
 #include "kernel/KernelReader.h"
+#include "kernel/NetnsScope.h"
 #include "runtime/state/IntfId.h"
 #include "tests/kernel/netns/NetnsLab.h"
 
@@ -29,6 +30,13 @@ constexpr double kPatience = 10;
 std::string intfOfDevice(const std::string& device) {
   auto id = Lanx::IntfId::fromName(device);
   return id ? id->name() : "(" + device + ")";
+}
+
+// Whether a device of a lab's namespace shows IFF_ALLMULTI as set by a program.
+bool allMulti(const NetnsLab& lab, const std::string& device) {
+  const std::string shown = NetnsLab::run("ip -n " + lab.name() + " -o link show " + device);
+  const auto open = shown.find('<');
+  return shown.substr(open, shown.find('>') - open).find("ALLMULTI") != std::string::npos;
 }
 
 class LiveNetnsTest : public ::testing::Test {
@@ -152,6 +160,16 @@ TEST_F(LiveNetnsTest, AVrfDeviceIsAVrfOfItsOwn) {
   lab_->ip("link set et3 master red");
   follow();
   EXPECT_TRUE(driver_.fibRoute("MfibIpv4red", RouteKey{"*", "239.1.1.1"}).moduleExists);
+}
+
+TEST_F(LiveNetnsTest, DeviceFlagsAreSetInTheFollowedNamespaceNotWhereTheHostRuns) {
+  // The host stands in a namespace with devices of the same names, as mfa-host does when
+  // it follows another one.
+  NetnsLab hostSide;
+  Kernel::NetnsScope there(hostSide.name());
+  follow();
+  EXPECT_TRUE(until([&] { return allMulti(*lab_, "et3"); }));
+  EXPECT_FALSE(allMulti(hostSide, "et3"));
 }
 
 TEST_F(LiveNetnsTest, LostNotificationsAreMadeGoodByAResync) {
