@@ -48,11 +48,7 @@ void VxlanPipeline::handleInitialized() {
   follow(vtiStatusDirDispatch_, vtiStatusDir());
   for (AddressFamily af : Lanx::bothFamilies) {
     tunnelFwdingStatusDispatch_.publisherIs(af, tunnelFwdingStatus(af).get());
-  }
-  for (AddressFamily af : Lanx::bothFamilies) {
     tunDecapConfigDispatch_.publisherIs(af, tunDecapConfig(af).get());
-  }
-  for (AddressFamily af : Lanx::bothFamilies) {
     mcastIrbStatusDispatch_.publisherIs(af, mcastIrbStatus(af).get());
   }
   follow(igmpProxyStatusDispatch_, igmpProxyStatus());

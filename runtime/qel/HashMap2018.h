@@ -28,7 +28,6 @@ struct HashMap2018Entry<Key, void> {
 };
 
 inline constexpr std::uint64_t kHashMap2018TypeConstant = 0x2018'0000'5eed'0001ull;
-inline constexpr unsigned kHashMap2018MaxLoadPercent = 80;
 
 // The hash collection. Members stand in the order of their full 64-bit hash, which
 // comes from std::hash<Key> mixed with the process seed and the collection type's
@@ -42,13 +41,8 @@ inline constexpr unsigned kHashMap2018MaxLoadPercent = 80;
 //
 // Every structural change (insert, erase, clear, swap) moves a 23-bit version, which
 // the checking iterator compares at each step.
-//
-// The map grows when its members would fill more than `MaxLoadPercent` of the home
-// slots. A lower limit costs memory and makes insertions cheaper: a new member shifts
-// the members up to the next empty slot, a distance that grows steeply with the load.
 template <typename Key, typename Value = void,
-          std::uint64_t TypeConstant = kHashMap2018TypeConstant,
-          unsigned MaxLoadPercent = kHashMap2018MaxLoadPercent>
+          std::uint64_t TypeConstant = kHashMap2018TypeConstant>
 class HashMap2018 {
  public:
   using Entry = HashMap2018Entry<Key, Value>;
@@ -142,10 +136,6 @@ class HashMap2018 {
   void eraseFrom(const Key& from) { eraseSlots(positionOf(from), slots_); }
   // Erase the members from the beginning up to, not including, the position of `to`.
   void eraseBefore(const Key& to) { eraseSlots(0, positionOf(to)); }
-  // The same for a map that is worked off from its beginning in slices: the storage stays
-  // as it is until the map is empty, as a smaller table would be rebuilt at every slice
-  // for members that leave soon anyway.
-  void drainBefore(const Key& to) { eraseSlots(0, positionOf(to), false); }
   void clear() {
     releaseStorage();
     bump();
@@ -215,7 +205,8 @@ class HashMap2018 {
 
   static constexpr std::uint64_t kEmpty = 0;
   static constexpr unsigned kMinBits = 3;
-  static_assert(MaxLoadPercent > 0 && MaxLoadPercent < 100);
+  static constexpr std::size_t kLoadNumerator = 4;
+  static constexpr std::size_t kLoadDenominator = 5;
 
   struct Location {
     std::size_t index;     // the member's slot, or where it would be inserted
@@ -232,8 +223,10 @@ class HashMap2018 {
   static std::size_t overflowSlots(unsigned bits) noexcept {
     return std::min<std::size_t>(homeSlots(bits) / 4 + 4, 64);
   }
+  // The load limit, four fifths of the home slots: an insertion shifts the members up to
+  // the next empty slot, and that distance grows steeply beyond.
   static bool overLoaded(std::size_t members, unsigned bits) noexcept {
-    return members * 100 > homeSlots(bits) * MaxLoadPercent;
+    return members * kLoadDenominator > homeSlots(bits) * kLoadNumerator;
   }
   bool needsGrowth(std::size_t members) const noexcept {
     return slots_ == 0 || overLoaded(members, bits_);
@@ -321,7 +314,7 @@ class HashMap2018 {
 
   // Erases the members in slots [first, last) and pulls the members after the range
   // back towards their home slots, so that no member stands behind an empty slot.
-  void eraseSlots(std::size_t first, std::size_t last, bool mayShrink = true) {
+  void eraseSlots(std::size_t first, std::size_t last) {
     first = std::max(first, firstHint_);
     last = std::min(last, slots_);
     if (first >= last) return;
@@ -344,7 +337,7 @@ class HashMap2018 {
     bump();
     if (size_ == 0) {
       releaseStorage();
-    } else if (mayShrink && bits_ > kMinBits && size_ * 16 < homeSlots(bits_) &&
+    } else if (bits_ > kMinBits && size_ * 16 < homeSlots(bits_) &&
                size_ < shrinkBelow_) {
       shrink();
     }
@@ -448,8 +441,7 @@ class HashMap2018 {
 };
 
 // The set form: a hash collection of keys without values.
-template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant,
-          unsigned MaxLoadPercent = kHashMap2018MaxLoadPercent>
-using HashSet2018 = HashMap2018<Key, void, TypeConstant, MaxLoadPercent>;
+template <typename Key, std::uint64_t TypeConstant = kHashMap2018TypeConstant>
+using HashSet2018 = HashMap2018<Key, void, TypeConstant>;
 
 }  // namespace Qel
