@@ -115,7 +115,9 @@ void McastIntfModuleSm::handleKernelVrfIntfStatusDir(const Lumo::String& nsName)
   }
   const auto gone = HN_NestedSm_KernelVrfIntfStatusDir_.sm(nsName);
   if (!gone) return;
-  // The namespace's interfaces have lost their devices.
+  // The namespace's interfaces have lost their devices. Every device is queued, whatever
+  // its family: a check weighs both families, so one set is enough, and a second would
+  // only check each interface twice.
   if (const auto devices = gone->kernelIntfs()) {
     for (const auto& device : devices->devices()) {
       changedVrfIntfIs(AddressFamily::ipv4, VrfIntfPair{gone->vrfName(), device.key});

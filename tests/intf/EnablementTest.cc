@@ -40,13 +40,19 @@ TEST_F(EnablementTest, ARenamedDeviceHasItsFlagClearedAndSetUnderTheNewName) {
   EXPECT_EQ(allMulti, (decltype(allMulti){{"et2new", false}, {"et2new", true}}));
 }
 
+// Of either family: nothing else changes for an interface whose namespace goes.
 TEST_F(EnablementTest, ANamespaceThatGoesTakesItsInterfaces) {
   device(red, "Ethernet2", "et2", 7);
+  device(red, "Ethernet3", "et3", 8);
   mcast(AddressFamily::ipv4, red, "Ethernet2");
+  mcast(AddressFamily::ipv6, red, "Ethernet3");
   scheduler->settle();
+  ASSERT_TRUE(tracked("Ethernet3"));
   deviceDir->deviceVrfIntfStatusDirDel(red.nsName());
   scheduler->settle();
   EXPECT_FALSE(tracked("Ethernet2"));
+  EXPECT_FALSE(tracked("Ethernet3")) << "an IPv6 interface is reviewed as well";
+  EXPECT_FALSE(manager->vrfHas(red)) << "the last interface takes the container with it";
 }
 
 TEST_F(EnablementTest, AStartBringsEarlierInterfacesInLine) {
