@@ -24,8 +24,8 @@ class CommandLogReplayTest : public ::testing::TestWithParam<const char*> {};
 TEST_P(CommandLogReplayTest, ALogReadBackWritesItselfAgainAndBuildsTheSameDataPlane) {
   QelSharedMem::EntityManager::managersDelAllForTest();
   const LoaderOptions names = runtimeLoaderOptions();
-  const std::filesystem::path file = std::filesystem::path(__FILE__).parent_path() /
-                                     "../../examples" / (std::string(GetParam()) + ".yaml");
+  const std::filesystem::path file = std::filesystem::path(VEK_SOURCE_DIR) / "examples" /
+                                     (std::string(GetParam()) + ".yaml");
   const LoadResult loaded = ScenarioLoader(names).load(file.string());
   ASSERT_TRUE(loaded.scenario) << loaded.errors.front();
   PluginDriver driver;

@@ -12,7 +12,7 @@
 namespace VekHost {
 namespace {
 
-const std::filesystem::path kData = std::filesystem::path(__FILE__).parent_path() / "data";
+const std::filesystem::path kData = std::filesystem::path(VEK_SOURCE_DIR) / "tests/host/data";
 
 class HostCliTest : public ::testing::Test {
  protected:

@@ -16,6 +16,8 @@
 #include "host/PluginDriver.h"
 #include "kernel/KernelReader.h"
 #include "kernel/NetnsScope.h"
+#include "runtime/qel/Entity.h"
+#include "runtime/sharedmem/EntityManager.h"
 #include "runtime/state/IntfId.h"
 #include "tests/kernel/netns/NetnsLab.h"
 
@@ -43,6 +45,10 @@ class LiveNetnsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (auto why = NetnsLab::whyNot()) GTEST_SKIP() << "kernel tests skipped: " << *why;
+    // Shared memory outlives a driver in this process: the route tables an earlier case
+    // filled would be followed by this case's agent as if the daemon held them.
+    QelSharedMem::EntityManager::managersDelAllForTest();
+    Qel::Entity::singletonDelAllForTest();
     lab_ = std::make_unique<NetnsLab>();
   }
   void TearDown() override { DaemonChoice::is(""); }
