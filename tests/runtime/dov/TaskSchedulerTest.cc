@@ -120,31 +120,27 @@ TEST(YieldTest, DirectRunInsideARunKeepsTheOuterCount) {
   EXPECT_EQ(answers, (std::vector<bool>{false, false, true}));
 }
 
-TEST(YieldTest, RealTimeYieldsWhenTheQuantumIsUsed) {
-  auto scheduler = Dov::TaskScheduler::makeRealTime(3600);
-  std::vector<bool> answers;
-  RunProbe p(makeTask(scheduler, 3, "rt"), [&] { answers.push_back(p.task().taskShouldYield()); });
-  p.task().runNow();
-  static_cast<Dov::RealTimePolicy&>(scheduler->policy()).quantumIs(1e-12);
-  p.task().runNow();
-  EXPECT_EQ(answers, (std::vector<bool>{false, true}));
-  EXPECT_EQ(scheduler->simulation(), nullptr);
-  EXPECT_THROW(static_cast<Dov::RealTimePolicy&>(scheduler->policy()).quantumIs(0),
-               Lumo::Exception);
-}
-
 // Asks come far faster than the clock is read: the answer still turns only once the
-// share is used.
-TEST(YieldTest, RealTimeAnswersManyAsksAndYieldsOnlyAfterTheQuantum) {
+// share is used, and a share smaller than any run is used by the first ask.
+TEST(YieldTest, RealTimeYieldsOnlyOnceTheQuantumIsUsed) {
   auto scheduler = Dov::TaskScheduler::makeRealTime(0.002);
-  std::uint64_t asks = 0;
+  auto& policy = static_cast<Dov::RealTimePolicy&>(scheduler->policy());
+  std::vector<std::uint64_t> asksPerRun;
   RunProbe p(makeTask(scheduler, 3, "rt"), [&] {
+    std::uint64_t asks = 0;
     while (!p.task().taskShouldYield()) ++asks;
+    asksPerRun.push_back(asks);
   });
   const double start = Dov::RealTimePolicy::monotonicTime();
   p.task().runNow();
   EXPECT_GE(Dov::RealTimePolicy::monotonicTime() - start, 0.002);
-  EXPECT_GT(asks, 100u);
+  policy.quantumIs(1e-12);
+  p.task().runNow();
+  ASSERT_EQ(asksPerRun.size(), 2u);
+  EXPECT_GT(asksPerRun[0], 100u);
+  EXPECT_EQ(asksPerRun[1], 0u);
+  EXPECT_EQ(scheduler->simulation(), nullptr);
+  EXPECT_THROW(policy.quantumIs(0), Lumo::Exception);
 }
 
 // A task that arms itself again without counting work would keep a run-until-idle loop
