@@ -276,13 +276,19 @@ Figures run(std::uint32_t n, ChannelKind kind) {
   sm->subscriberRemove(&reviewWatch);
 
   // (b) Every route changed once: the same writes on a table nobody watches give the
-  // writer's own share, which is taken off.
+  // writer's own share, which is taken off. The least of three rounds: a round the
+  // machine slowed would take its slowness off (b) as if the agent had been faster.
   auto unwatched = Lumo::makePtr<Status>(MfibAppType::pim, L3::VrfName("red"),
                                          Lanx::AddressFamily::ipv4);
   for (std::uint32_t i = 0; i < n; ++i) unwatched->routeIs(routeOf(keyOf(i), oifs[2]));
-  start = Clock::now();
-  for (std::uint32_t i = 0; i < n; ++i) unwatched->routeIs(routeOf(keyOf(i), otherOif));
-  const double writesAlone = seconds(start, Clock::now());
+  double writesAlone = 0;
+  for (int round = 0; round < 3; ++round) {
+    const Lanx::IntfId lastOif = round % 2 ? oifs[2] : otherOif;
+    start = Clock::now();
+    for (std::uint32_t i = 0; i < n; ++i) unwatched->routeIs(routeOf(keyOf(i), lastOif));
+    const double took = seconds(start, Clock::now());
+    writesAlone = round == 0 ? took : std::min(writesAlone, took);
+  }
   unwatched.reset();
   start = Clock::now();
   for (std::uint32_t i = 0; i < n; ++i) table->routeIs(routeOf(keyOf(i), otherOif));

@@ -5,6 +5,7 @@
 #include "mfib/CompactRouteKey.h"
 #include "runtime/qel/HashOrderWorkList.h"
 #include "runtime/state/AddressFamily.h"
+#include "runtime/state/MfibStatus.h"
 #include "runtime/state/MfibVrfDirRouteKey.h"
 
 namespace VekL3Mcast {
@@ -22,8 +23,12 @@ class ChangedRouteSet {
   using Key = Routing::Multicast::Fib::MfibVrfDirRouteKey;
 
   void insert(const Key& key) {
-    if (const auto compact = CompactRouteKey::of(key)) {
-      compact_.insert(*compact);
+    const Routing::Multicast::Fib::IpGenRouteKey& route = key.key();
+    if (CompactRouteKey::fits(route)) {
+      // The compact form hashes as the route key, which is hashed where it stands.
+      compact_.insertMade(route.hash(), [&](CompactRouteKey& into) {
+        CompactRouteKey::write(into, key.app(), route);
+      });
     } else {
       wide_.insert(key);
     }
@@ -54,6 +59,28 @@ class ChangedRouteSet {
 
   // The next key to decide. The set must not be empty.
   Key front() { return compact_.empty() ? wide_.front() : compact_.front().key(); }
+  // The next key's application. The set must not be empty.
+  Routing::Multicast::Fib::MfibAppType frontApp() {
+    return compact_.empty() ? wide_.front().app() : compact_.front().app();
+  }
+  // The next key's route in `routes`, the table of frontApp(), found by the hash the set
+  // kept with the key; null when the table does not hold it. A compact key is not made
+  // back into a route key for it.
+  const Vash::Multicast::Fib::Route* frontRouteIn(
+      const Vash::Multicast::Fib::Status::RouteMap& routes) {
+    using Routing::Multicast::Fib::IpGenRouteKey;
+    const Vash::Multicast::Fib::Status::RouteMap::Entry* entry = nullptr;
+    if (compact_.empty()) {
+      const IpGenRouteKey& key = wide_.front().key();
+      entry = routes.findHashed(wide_.frontHash(),
+                                [&](const IpGenRouteKey& member) { return member == key; });
+    } else {
+      const CompactRouteKey& key = compact_.front();
+      entry = routes.findHashed(compact_.frontHash(),
+                                [&](const IpGenRouteKey& member) { return key.sameAs(member); });
+    }
+    return entry ? &entry->value : nullptr;
+  }
   void popFront() {
     if (compact_.empty()) {
       wide_.popFront();

@@ -4,16 +4,11 @@ namespace VekL3Mcast {
 
 namespace {
 
-using Lanx::AddressFamily;
 using Routing::Multicast::Fib::IpGenRouteKey;
 using Routing::Multicast::Fib::MfibAppType;
 using Routing::Multicast::Fib::MfibVrfDirRouteKey;
 
 constexpr std::uint8_t hostLength = 32;
-
-bool fits(const Lanx::IpGenPrefix& prefix) noexcept {
-  return prefix.family() == AddressFamily::ipv4 || prefix.isNone();
-}
 
 Lanx::IpGenPrefix prefixOf(const std::array<std::uint8_t, 4>& bytes, std::uint8_t length,
                            bool ipv4) {
@@ -25,20 +20,6 @@ Lanx::IpGenPrefix prefixOf(const std::array<std::uint8_t, 4>& bytes, std::uint8_
 }
 
 }  // namespace
-
-std::optional<CompactRouteKey> CompactRouteKey::of(const MfibVrfDirRouteKey& key) noexcept {
-  const IpGenRouteKey& route = key.key();
-  if (!fits(route.source()) || !fits(route.group())) return std::nullopt;
-  CompactRouteKey compact;
-  route.source().addr().copyToBuffer(compact.source_.data());
-  route.group().addr().copyToBuffer(compact.group_.data());
-  compact.sourceLength_ = route.source().length();
-  compact.groupLength_ = route.group().length();
-  compact.families_ = (route.source().isNone() ? 0 : sourceIpv4) |
-                      (route.group().isNone() ? 0 : groupIpv4);
-  compact.app_ = static_cast<std::uint8_t>(key.app());
-  return compact;
-}
 
 MfibVrfDirRouteKey CompactRouteKey::key() const {
   return MfibVrfDirRouteKey(

@@ -4,6 +4,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <optional>
 
@@ -21,9 +22,41 @@ class CompactRouteKey {
  public:
   CompactRouteKey() noexcept = default;
 
+  // Whether `key` has a compact form: its source and group are IPv4 or absent.
+  static bool fits(const Routing::Multicast::Fib::IpGenRouteKey& key) noexcept {
+    return fits(key.source()) && fits(key.group());
+  }
+  // Writes the compact form of a key that fits into `into`. Every changed route's reactor
+  // makes one, so it stays inline.
+  static void write(CompactRouteKey& into, Routing::Multicast::Fib::MfibAppType app,
+                    const Routing::Multicast::Fib::IpGenRouteKey& key) noexcept {
+    // An absent address's bytes are zero, as the compact form keeps them.
+    std::memcpy(into.source_.data(), key.source().addr().rawBytes().data(), 4);
+    std::memcpy(into.group_.data(), key.group().addr().rawBytes().data(), 4);
+    into.sourceLength_ = key.source().length();
+    into.groupLength_ = key.group().length();
+    into.families_ = static_cast<std::uint8_t>((key.source().isNone() ? 0 : sourceIpv4) |
+                                               (key.group().isNone() ? 0 : groupIpv4));
+    into.app_ = static_cast<std::uint8_t>(app);
+  }
   // The compact form of `key`, if it has one.
-  static std::optional<CompactRouteKey> of(const Routing::Multicast::Fib::MfibVrfDirRouteKey& key) noexcept;
+  static std::optional<CompactRouteKey> of(
+      const Routing::Multicast::Fib::MfibVrfDirRouteKey& key) noexcept {
+    if (!fits(key.key())) return std::nullopt;
+    CompactRouteKey compact;
+    write(compact, key.app(), key.key());
+    return compact;
+  }
   Routing::Multicast::Fib::MfibVrfDirRouteKey key() const;
+  Routing::Multicast::Fib::MfibAppType app() const noexcept {
+    return static_cast<Routing::Multicast::Fib::MfibAppType>(app_);
+  }
+  // Whether `route` is the route key this stands for, without making that key: the pass
+  // finds each waiting key's route by the hash it kept and this comparison.
+  bool sameAs(const Routing::Multicast::Fib::IpGenRouteKey& route) const noexcept {
+    return samePrefix(route.source(), source_, sourceLength_, sourceIpv4) &&
+           samePrefix(route.group(), group_, groupLength_, groupIpv4);
+  }
 
   std::size_t hash() const noexcept {
     using Routing::Multicast::Fib::IpGenRouteKey;
@@ -39,6 +72,16 @@ class CompactRouteKey {
   static constexpr std::uint8_t sourceIpv4 = 1;
   static constexpr std::uint8_t groupIpv4 = 2;
 
+  static bool fits(const Lanx::IpGenPrefix& prefix) noexcept {
+    return prefix.family() == Lanx::AddressFamily::ipv4 || prefix.isNone();
+  }
+  bool samePrefix(const Lanx::IpGenPrefix& prefix, const std::array<std::uint8_t, 4>& raw,
+                  std::uint8_t length, std::uint8_t ipv4) const noexcept {
+    if (prefix.length() != length) return false;
+    if (!(families_ & ipv4)) return prefix.isNone();
+    return prefix.family() == Lanx::AddressFamily::ipv4 &&
+           std::memcmp(prefix.addr().rawBytes().data(), raw.data(), raw.size()) == 0;
+  }
   // The address's hashWord(): an absent one has no family and no bytes.
   std::uint64_t addrWord(const std::array<std::uint8_t, 4>& raw, std::uint8_t ipv4) const noexcept {
     return (families_ & ipv4) ? Lanx::IpGenAddr::ipv4HashWord(raw.data()) : 0;

@@ -217,11 +217,11 @@ void VekL3MfibSm::handleKernelMfibConfigDel() {
 // ---- Routes ----
 
 void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key) {
-  doUpdateRoute(mfibAppKey, key, nullptr);
+  doUpdateRoute(mfibAppKey, key, nullptr, false);
 }
 
 void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key,
-                                const Route* hint) {
+                                const Route* found, bool walked) {
   // A *,G route programmed before the toggle went off is left as it is.
   if (key.isStarG() && !wcFwdEnabled()) {
     VEK_TRACE(debug, "Skipping *,G route {}", key);
@@ -231,7 +231,7 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
   const Status* table = adapter.mfibVashFind(mfibAppKey);
   const Route* route = nullptr;
   if (table) {
-    route = hint ? hint : table->routeFind(key);
+    route = found ? found : table->routeFind(key);
   } else {
     VEK_TRACE(debug, "mfibVash for the route {} does not exist.", key);
   }
@@ -249,7 +249,7 @@ void VekL3MfibSm::doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key
   // the key or has just let it go: the module has the better application's route, which
   // has changes of its own. A route given by the walk of all routes needs no asking: the
   // walk gives each key from the table of its best route.
-  if (route && !hint && adapter.heldByPreferred(mfibAppKey, key)) {
+  if (route && !walked && adapter.heldByPreferred(mfibAppKey, key)) {
     VEK_TRACE(debug, "{} does not contain the best route for {}", mfibAppKey, key);
     return;
   }
@@ -330,7 +330,7 @@ void VekL3MfibSm::handleAllRoutes() {
     const MfibAppType app = it.mfibAppKey();
     const IpGenRouteKey& key = it.key();
     VEK_TRACE(debug, "Syncing {} from mfib table {}", key, app);
-    doUpdateRoute(app, key, &it.route());
+    doUpdateRoute(app, key, &it.route(), true);
     ++count;
     if (task.taskShouldYield()) {
       yielded = true;
@@ -369,9 +369,18 @@ void VekL3MfibSm::handleChangedRoutes() {
   // their order, those that stand before the rest first.
   while (!changedRoute_.empty()) {
     if (count > 0 && task.taskShouldYield()) break;
-    const MfibVrfDirRouteKey member = changedRoute_.front();
-    VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), member.app());
-    doUpdateRoute(member.app(), member.key());
+    // A key whose table holds it is worked from the table's own copy of the key; only a
+    // key that went is made from the set's form.
+    const MfibAppType app = changedRoute_.frontApp();
+    const Status* table = mfibVrfAdapter()->mfibVashFind(app);
+    if (const Route* route = table ? changedRoute_.frontRouteIn(table->routes()) : nullptr) {
+      VEK_TRACE(debug, "Syncing key {} from vash table {}", route->key(), app);
+      doUpdateRoute(app, route->key(), route, false);
+    } else {
+      const MfibVrfDirRouteKey member = changedRoute_.front();
+      VEK_TRACE(debug, "Syncing key {} from vash table {}", member.key(), app);
+      doUpdateRoute(app, member.key());
+    }
     changedRoute_.popFront();
     ++count;
   }

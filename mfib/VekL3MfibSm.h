@@ -167,10 +167,11 @@ class VekL3MfibSm : public Qel::StateMachine {
                                      short attributeId, const void* key, const void*) noexcept;
   static void kernelMfibConfigDispatch(Lumo::Publisher*, Lumo::Subscriber* subscriber,
                                        short attributeId, const void*, const void*) noexcept;
-  // The same; `hint`, when given, is the route of `key` in the table of `mfibAppKey`, as a
-  // walk of that table stands on it, and saves looking it up again.
+  // The same; `found`, when given, is the route of `key` in the table of `mfibAppKey`,
+  // which the caller has at hand and need not be looked up again. `walked` says it comes
+  // from the walk of all routes, which gives each key from the table of its best route.
   void doUpdateRoute(MfibAppType mfibAppKey, const IpGenRouteKey& key,
-                     const Vash::Multicast::Fib::Route* hint);
+                     const Vash::Multicast::Fib::Route* found, bool walked);
   // A member of the adapter's table collection came, changed or went.
   void handleMfibVrfAdapterVash(MfibAppType app);
 

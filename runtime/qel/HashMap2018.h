@@ -84,6 +84,19 @@ class HashMap2018 {
   Entry* findEntry(const Key& key) {
     return const_cast<Entry*>(std::as_const(*this).findEntry(key));
   }
+  // The member of this hash for which `matches(key)` holds: for a caller that keeps the
+  // hash beside a key in another form, and so neither makes the key nor hashes it again.
+  // `hash` is what hashOf() gives, as a work list of the same type constant keeps it.
+  template <typename Matches>
+  const Entry* findHashed(std::uint64_t hash, Matches&& matches) const {
+    if (size_ == 0) return nullptr;
+    std::size_t i = home(hash);
+    while (i < slots_ && hashes_[i] != kEmpty && hashes_[i] < hash) ++i;
+    for (; i < slots_ && hashes_[i] == hash; ++i) {
+      if (matches(entries_[i].key)) return &entries_[i];
+    }
+    return nullptr;
+  }
   template <typename V = Value>
     requires(!std::is_void_v<V>)
   const V* find(const Key& key) const {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -36,19 +38,33 @@ class HashOrderWorkList {
  public:
   static constexpr std::size_t kKeysPerBucket = 64;
   static constexpr std::size_t kBatch = 256;
-  // A bucket's first storage: large enough that the storage of buckets which grew and
-  // emptied never lands among the allocator's smallest blocks, whose merging at some
-  // later large allocation would stall a task run for a millisecond and more.
-  static constexpr std::size_t kFirstRoom = 16;
+  // A bucket's first storage: its share of a burst, so that it grows once at most on the
+  // way; and large enough that the storage of buckets which grew and emptied never lands
+  // among the allocator's smallest blocks, whose merging at some later large allocation
+  // would stall a task run for a millisecond and more.
+  static constexpr std::size_t kFirstRoom = 64;
 
   HashOrderWorkList() : salt_(HashHelper::salt(TypeConstant)), buckets_(1) {}
 
   void insert(const Key& key) {
-    // The same key again and again (a route that flaps) takes one place.
-    if (!staged_.empty() && staged_.back().key == key) return;
+    insertMade(std::hash<Key>{}(key), [&key](Key& into) { into = key; });
+  }
+  // Records the key that `make(Key&)` writes in its place, whose hash() is `keyHash`: a
+  // key made in place is not read back from a copy just written, which stalls the
+  // processor for each key of a burst.
+  template <typename Make>
+  void insertMade(std::size_t keyHash, Make&& make) {
     if (staged_.capacity() == 0) staged_.reserve(kBatch);
-    staged_.push_back(Entry{hashOf(key), key});
-    if (staged_.size() >= kBatch) takeIn();
+    Entry& entry = staged_.emplace_back();
+    entry.hash = salted(keyHash);
+    make(entry.key);
+    // The same key again and again (a route that flaps) takes one place.
+    const std::size_t count = staged_.size();
+    if (count >= 2 && staged_[count - 2].hash == entry.hash && staged_[count - 2].key == entry.key) {
+      staged_.pop_back();
+      return;
+    }
+    if (count >= kBatch) takeIn();
   }
 
   bool has(const Key& key) const {
@@ -79,6 +95,7 @@ class HashOrderWorkList {
   void clear() {
     for (std::vector<Entry>& bucket : buckets_) std::vector<Entry>().swap(bucket);
     staged_.clear();
+    std::vector<Entry>().swap(sorted_);
     size_ = 0;
     head_ = buckets_.size();
     headConsumed_ = 0;
@@ -95,6 +112,11 @@ class HashOrderWorkList {
     orderHead();
     return buckets_[head_][headConsumed_].key;
   }
+  // Its hash, as a HashMap2018 of the same type constant has it for the key.
+  std::uint64_t frontHash() {
+    orderHead();
+    return buckets_[head_][headConsumed_].hash;
+  }
   void popFront() {
     orderHead();
     ++headConsumed_;
@@ -110,7 +132,10 @@ class HashOrderWorkList {
 
   // The collection's own hash, so that the order is the tables' order.
   std::uint64_t hashOf(const Key& key) const noexcept {
-    const std::uint64_t hash = hashSingleAttr(key, salt_);
+    return salted(std::hash<Key>{}(key));
+  }
+  std::uint64_t salted(std::size_t keyHash) const noexcept {
+    const std::uint64_t hash = HashHelper::mix64(static_cast<std::uint64_t>(keyHash) + salt_);
     return hash == 0 ? 1 : hash;
   }
   std::size_t bucketOf(std::uint64_t hash) const noexcept {
@@ -150,13 +175,40 @@ class HashOrderWorkList {
     if (headOrdered_) return;
     compactHead();
     std::vector<Entry>& bucket = buckets_[head_];
-    if (!std::is_sorted(bucket.begin(), bucket.end(), Before{})) {
-      std::sort(bucket.begin(), bucket.end(), Before{});
-    }
+    if (!std::is_sorted(bucket.begin(), bucket.end(), Before{})) sortBucket(bucket);
     const std::size_t recorded = bucket.size();
     bucket.erase(std::unique(bucket.begin(), bucket.end(), SameKey{}), bucket.end());
     size_ -= recorded - bucket.size();
     headOrdered_ = true;
+  }
+  // A bucket's hashes are spread evenly below its top bits: a counting pass on the next
+  // kSpreadBits bits leaves each key within a place or two of its own, and a pass of
+  // insertions finishes. Comparison sorting a bucket of this size mispredicts a branch at
+  // almost every step.
+  void sortBucket(std::vector<Entry>& bucket) {
+    // A bucket far past its share (many keys of one hash prefix) sorts as any range does.
+    if (bucket.size() > 4 * kKeysPerBucket) {
+      std::sort(bucket.begin(), bucket.end(), Before{});
+      return;
+    }
+    constexpr unsigned kSpreadBits = 6;
+    std::array<std::uint32_t, (1u << kSpreadBits) + 1> start{};
+    const unsigned shift = 64 - bits_ - kSpreadBits;
+    auto spread = [shift](const Entry& entry) {
+      return static_cast<std::size_t>((entry.hash >> shift) & ((1u << kSpreadBits) - 1));
+    };
+    for (const Entry& entry : bucket) ++start[spread(entry) + 1];
+    for (std::size_t i = 1; i < start.size(); ++i) start[i] += start[i - 1];
+    sorted_.resize(bucket.size());
+    for (const Entry& entry : bucket) sorted_[start[spread(entry)]++] = entry;
+    for (std::size_t i = 1; i < sorted_.size(); ++i) {
+      Entry entry = sorted_[i];
+      std::size_t at = i;
+      for (; at > 0 && Before{}(entry, sorted_[at - 1]); --at) sorted_[at] = sorted_[at - 1];
+      sorted_[at] = entry;
+    }
+    // The bucket takes the ordered storage and leaves its own for the next bucket.
+    bucket.swap(sorted_);
   }
   // Equal hashes stand in the order of their keys, as in the tables.
   struct Before {
@@ -217,6 +269,8 @@ class HashOrderWorkList {
   mutable unsigned bits_ = 0;
   mutable std::vector<std::vector<Entry>> buckets_;
   mutable std::vector<Entry> staged_;
+  // Where the head bucket is put in order; its storage passes from bucket to bucket.
+  std::vector<Entry> sorted_;
   mutable std::size_t size_ = 0;
   // The lowest bucket that holds keys (the bucket count when none does), how many of its
   // keys the pass has worked, and whether it is in order from there on.

@@ -20,8 +20,8 @@ MfibVrfDirRouteKey key(MfibAppType app, const char* source, const char* group) {
   return MfibVrfDirRouteKey(app, IpGenRouteKey(Lanx::IpGenPrefix(source), Lanx::IpGenPrefix(group)));
 }
 
-// The compact form must give back the very key, and hash as it, or a pass would read the
-// route tables out of their order and a key could be worked under another's name.
+// The compact form must give back the very key, hash as it and match it alone, or a pass
+// would read the route tables out of their order, or work a key under another's name.
 TEST(CompactRouteKeyTest, IPv4KeysComeBackWholeAndHashAsThemselves) {
   const std::vector<MfibVrfDirRouteKey> keys = {
       key(MfibAppType::pim, "10.1.2.3", "239.1.1.1"),
@@ -35,6 +35,9 @@ TEST(CompactRouteKeyTest, IPv4KeysComeBackWholeAndHashAsThemselves) {
     ASSERT_TRUE(compact) << k;
     EXPECT_EQ(compact->key(), k);
     EXPECT_EQ(compact->hash(), k.hash()) << k;
+    for (const MfibVrfDirRouteKey& other : keys) {
+      EXPECT_EQ(compact->sameAs(other.key()), other.key() == k.key()) << k << " " << other;
+    }
   }
   EXPECT_NE(CompactRouteKey::of(keys[0]), CompactRouteKey::of(keys[1]));
   EXPECT_FALSE(CompactRouteKey::of(key(MfibAppType::pim, "2001:db8::1", "ff0e::1")));
@@ -73,15 +76,19 @@ TEST(ChangedRouteSetTest, EachKeyIsWorkedOnceInTheTablesOrder) {
   }
   for (const auto& k : fours) set.insert(k);
   for (const auto& k : fours) set.insert(k);
-  const auto six = key(MfibAppType::pim, "2001:db8::1", "ff0e::1");
-  set.insert(six);
-  set.insert(six);
+  std::vector<MfibVrfDirRouteKey> sixes;
+  for (int i = 1; i < 40; ++i) {
+    sixes.push_back(key(MfibAppType::pim, ("2001:db8::" + std::to_string(i)).c_str(), "ff0e::1"));
+  }
+  for (const auto& k : sixes) set.insert(k);
+  for (const auto& k : sixes) set.insert(k);
+  const auto& six = sixes[0];
   EXPECT_TRUE(set.has(six));
   EXPECT_TRUE(set.has(fours[1234]));
   EXPECT_FALSE(set.has(ipv4Key(MfibAppType::mvpn, 1234)));
 
   std::vector<MfibVrfDirRouteKey> expected = tableOrder(fours);
-  expected.push_back(six);
+  for (const auto& k : tableOrder(sixes)) expected.push_back(k);
   EXPECT_EQ(worked(set), expected);
   EXPECT_EQ(set.size(), 0u);
 }
