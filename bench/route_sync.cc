@@ -28,6 +28,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/DaemonLink.h"
@@ -96,8 +97,11 @@ class CountingBackend final : public Vek::ChannelBackend {
       sinkGiven_ = true;
     }
     if (const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record)) {
-      const auto& name = cmd->cmd->cmdName();
-      if (name == "addMroute" || name == "deleteMroute") ++routeCommands;
+      // Compared as views of known length: the count must cost the far end next to nothing.
+      const std::string_view name = cmd->cmd->cmdName().view();
+      if (name == std::string_view("addMroute") || name == std::string_view("deleteMroute")) {
+        ++routeCommands;
+      }
     }
     inner_.deliver(record);
   }
@@ -275,26 +279,35 @@ Figures run(std::uint32_t n, ChannelKind kind) {
   // it would otherwise hear of every changed key below.
   sm->subscriberRemove(&reviewWatch);
 
-  // (b) Every route changed once: the same writes on a table nobody watches give the
-  // writer's own share, which is taken off. The least of three rounds: a round the
-  // machine slowed would take its slowness off (b) as if the agent had been faster.
+  // (b) Every route changed once, in three rounds, each a change of every route: the same
+  // writes on a table nobody watches give the writer's own share, which is taken off. The
+  // least of the rounds on either side: a round the machine slowed would otherwise add its
+  // slowness to (b), or take it off as if the agent had been faster. The writes alone cost
+  // about as much as the agent's share, so their noise is (b)'s.
   auto unwatched = Lumo::makePtr<Status>(MfibAppType::pim, L3::VrfName("red"),
                                          Lanx::AddressFamily::ipv4);
   for (std::uint32_t i = 0; i < n; ++i) unwatched->routeIs(routeOf(keyOf(i), oifs[2]));
+  auto lastOifOfRound = [](int round) { return round % 2 ? oifs[2] : otherOif; };
+  constexpr int kRounds = 3;
   double writesAlone = 0;
-  for (int round = 0; round < 3; ++round) {
-    const Lanx::IntfId lastOif = round % 2 ? oifs[2] : otherOif;
+  for (int round = 0; round < kRounds; ++round) {
     start = Clock::now();
-    for (std::uint32_t i = 0; i < n; ++i) unwatched->routeIs(routeOf(keyOf(i), lastOif));
+    for (std::uint32_t i = 0; i < n; ++i) {
+      unwatched->routeIs(routeOf(keyOf(i), lastOifOfRound(round)));
+    }
     const double took = seconds(start, Clock::now());
     writesAlone = round == 0 ? took : std::min(writesAlone, took);
   }
   unwatched.reset();
-  start = Clock::now();
-  for (std::uint32_t i = 0; i < n; ++i) table->routeIs(routeOf(keyOf(i), otherOif));
-  f.changedReactors = seconds(start, Clock::now()) - writesAlone;
-  drain();
-  f.changed = seconds(start, Clock::now()) - writesAlone;
+  for (int round = 0; round < kRounds; ++round) {
+    start = Clock::now();
+    for (std::uint32_t i = 0; i < n; ++i) table->routeIs(routeOf(keyOf(i), lastOifOfRound(round)));
+    const double reactors = seconds(start, Clock::now()) - writesAlone;
+    drain();
+    const double changed = seconds(start, Clock::now()) - writesAlone;
+    f.changedReactors = round == 0 ? reactors : std::min(f.changedReactors, reactors);
+    f.changed = round == 0 ? changed : std::min(f.changed, changed);
+  }
 
   // (c) Ten changes on each of N/10 keys between two task runs.
   const std::uint64_t before = backend.routeCommands;

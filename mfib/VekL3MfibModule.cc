@@ -74,8 +74,11 @@ MfibAf::MfibAf(Lumo::String name, Vek::VekModule::ModuleClass moduleClass,
 MfibAf::~MfibAf() = default;
 
 Vek::GateId MfibAf::intfIdToOutGate(Lanx::IntfId intfId) const {
+  RecentGate& recent = recentGates_[intfId.hash() % recentGates_.size()];
+  if (recent.known && recent.intfId == intfId) return recent.gate;
   const Vek::GateId* gate = intfIdToOutGate_.find(intfId);
-  return gate ? *gate : Vek::GateId();
+  recent = RecentGate{intfId, gate ? *gate : Vek::GateId(), true};
+  return recent.gate;
 }
 
 Vek::GateId MfibAf::intfIdToOutGateIdForTest(Lanx::IntfId intfId) const {

@@ -57,9 +57,18 @@ class MfibAf : public Vek::Module {
 
   // The output gate that serves an interface; invalid when there is none.
   Vek::GateId intfIdToOutGate(Lanx::IntfId intfId) const;
-  void intfIdToOutGateIs(Lanx::IntfId intfId, Vek::GateId gate) { intfIdToOutGate_.set(intfId, gate); }
-  void intfIdToOutGateDel(Lanx::IntfId intfId) { intfIdToOutGate_.erase(intfId); }
-  void intfIdToOutGateDelAll() { intfIdToOutGate_.clear(); }
+  void intfIdToOutGateIs(Lanx::IntfId intfId, Vek::GateId gate) {
+    intfIdToOutGate_.set(intfId, gate);
+    recentGates_.fill(RecentGate{});
+  }
+  void intfIdToOutGateDel(Lanx::IntfId intfId) {
+    intfIdToOutGate_.erase(intfId);
+    recentGates_.fill(RecentGate{});
+  }
+  void intfIdToOutGateDelAll() {
+    intfIdToOutGate_.clear();
+    recentGates_.fill(RecentGate{});
+  }
   std::size_t intfIdToOutGateCount() const noexcept { return intfIdToOutGate_.size(); }
 
   bool sbdVlanIntfIdHas(Lanx::IntfId intfId) const { return sbdVlanIntfId_.has(intfId); }
@@ -123,6 +132,14 @@ class MfibAf : public Vek::Module {
   L3::VrfName vrfName_;
   Lanx::AddressFamily af_;
   Qel::HashMap2018<Lanx::IntfId, Vek::GateId> intfIdToOutGate_;
+  // The answers of intfIdToOutGate for the interfaces last asked about, by their hashes: routes mostly leave by the same few interfaces, and every route asks for
+  // each of its outgoing ones. Any change of the table forgets them.
+  struct RecentGate {
+    Lanx::IntfId intfId;
+    Vek::GateId gate;
+    bool known = false;
+  };
+  mutable std::array<RecentGate, 8> recentGates_{};
   Qel::HashSet2018<Lanx::IntfId> sbdVlanIntfId_;
   Vek::GateId txDemuxerGateId_;
   bool testingEnabled_ = false;

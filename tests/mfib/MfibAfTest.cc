@@ -79,6 +79,12 @@ TEST_F(MfibAfTest, EachInterfaceLeavesByItsGateSbdByAFixedOneAndTheRestByTheDemu
   channel->pump();
   EXPECT_EQ(channel->commandLog().entries().back()["arg"], sent);
 
+  // The next route sees every change of the gate table, a gate that went and one that came.
+  fib->intfIdToOutGateDel(intf("Ethernet1"));
+  fib->intfIdToOutGateIs(intf("Ethernet3"), Vek::GateId(5));
+  add(oifs({"Ethernet1", "Vlan20", "Ethernet3"}));
+  EXPECT_THAT(gatesOf("10.1.1.1,239.1.1.1"), ElementsAre("Et1:4", "Et3:5", "Vl20:1"));
+
   // On the default VRF the SBD gate is 2.
   fib = makeFib("default");
   fib->sbdVlanIntfIdIs(intf("Vlan20"));
