@@ -15,7 +15,7 @@
 //   (a2) the second pass over the keys the table's walk recorded, which follows the
 //       review by design;
 //   (b) changed: every route changed once after the review, the reactors' share of the
-//       writes plus the task runs that send them;
+//       writes plus the task runs that send them, the least of three rounds;
 //   (c) burst: ten changes on each of N/10 keys, which must give N/10 route commands;
 //   (d) floor: building and serialising the same N route messages and nothing else.
 #include <malloc.h>
