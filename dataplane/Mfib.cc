@@ -27,30 +27,26 @@ const CommandTable<Mfib>& Mfib::commands() {
   return table;
 }
 
-std::optional<std::string> Mfib::routeKey(const vek::pb::MfibRouteArg& arg) {
-  auto group = AddressText::ip(arg.group());
-  auto source =
-      arg.source().empty() ? std::optional<std::string>("*") : AddressText::ip(arg.source());
-  if (!group || !source) return std::nullopt;
-  return *source + "," + *group;
-}
-
 CommandResult Mfib::addMroute(const vek::pb::MfibRouteArg& arg) {
-  auto key = routeKey(arg);
+  auto key = MfibRouteKey::of(arg.source(), arg.group());
   if (!key) return CommandResult::error(EINVAL, "malformed source or group address");
-  Route route{arg.iif(), {}, arg.fastdrop(), arg.iifregister(), arg.oifregister()};
   for (const auto& gate : arg.gates()) {
     if (gate.gate() >= context_.outGates) {
       return CommandResult::error(ERANGE, fmt::format("gate {} out of range", gate.gate()));
     }
-    route.gates.emplace_back(gate.intfid(), gate.gate());
   }
-  routes_[*key] = std::move(route);
+  Route& route = routes_.insert(*key, Route{}).first->value;
+  route.iif = arg.iif();
+  route.gates.clear();
+  for (const auto& gate : arg.gates()) route.gates.emplace_back(gate.intfid(), gate.gate());
+  route.fastdrop = arg.fastdrop();
+  route.iifRegister = arg.iifregister();
+  route.oifRegister = arg.oifregister();
   return CommandResult::ok();
 }
 
 CommandResult Mfib::deleteMroute(const vek::pb::MfibRouteArg& arg) {
-  auto key = routeKey(arg);
+  auto key = MfibRouteKey::of(arg.source(), arg.group());
   if (!key) return CommandResult::error(EINVAL, "malformed source or group address");
   routes_.erase(*key);  // deleting what is not there is no fault
   return CommandResult::ok();
@@ -145,23 +141,25 @@ nlohmann::ordered_json Mfib::routeJson(const Route& route) {
 }
 
 std::optional<nlohmann::ordered_json> Mfib::routeDump(const std::string& key) const {
-  auto it = routes_.find(key);
-  if (it == routes_.end()) return std::nullopt;
-  return routeJson(it->second);
+  auto parsed = MfibRouteKey::parse(key);
+  const Route* route = parsed ? routes_.find(*parsed) : nullptr;
+  if (!route) return std::nullopt;
+  return routeJson(*route);
 }
 
 nlohmann::ordered_json Mfib::dump() const {
   // The routes go in key order, each at the end, as a search for each key of an ordered
   // object would make the dump quadratic.
-  std::vector<const std::pair<const std::string, Route>*> sorted;
+  std::vector<std::pair<std::string, const Route*>> sorted;
   sorted.reserve(routes_.size());
-  for (const auto& entry : routes_) sorted.push_back(&entry);
-  std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) { return a->first < b->first; });
+  for (const auto& entry : routes_) sorted.emplace_back(entry.key.text(), &entry.value);
+  std::sort(sorted.begin(), sorted.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
   nlohmann::ordered_json routes = nlohmann::ordered_json::object();
   auto& entries = static_cast<nlohmann::ordered_json::object_t::Container&>(
       routes.get_ref<nlohmann::ordered_json::object_t&>());
   entries.reserve(sorted.size());
-  for (const auto* entry : sorted) entries.emplace_back(entry->first, routeJson(entry->second));
+  for (auto& [text, route] : sorted) entries.emplace_back(std::move(text), routeJson(*route));
   nlohmann::ordered_json intfs = nlohmann::ordered_json::array();
   for (std::uint64_t intfId : multicastIntfs_) intfs.push_back(std::to_string(intfId));
   nlohmann::ordered_json tasks = nlohmann::ordered_json::object();

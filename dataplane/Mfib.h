@@ -5,14 +5,15 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "dataplane/CommandTable.h"
 #include "dataplane/ModuleContext.h"
 #include "dataplane/ModuleTable.h"
+#include "dataplane/MfibRouteKey.h"
 #include "proto/vek.pb.h"
+#include "runtime/qel/HashMap2018.h"
 
 namespace Dataplane {
 
@@ -60,8 +61,6 @@ class Mfib final : public TableWithCommands<Mfib> {
   };
 
   static nlohmann::ordered_json routeJson(const Route& route);
-  // "<source>,<group>", with "*" for no source; nullopt for a malformed address.
-  static std::optional<std::string> routeKey(const vek::pb::MfibRouteArg& arg);
   // The task of that name, registered now if it is new; a module asking again keeps its ids.
   const Task& task(const std::string& name, bool cleanup, std::uint32_t wid);
   template <TaskKind kind>
@@ -70,9 +69,10 @@ class Mfib final : public TableWithCommands<Mfib> {
   CommandResult registerTaskPerWorker(const vek::pb::MfibTaskIdsArg& arg);
 
   ModuleContext context_;
-  // Hashed: a daemon takes a million routes, and an ordered map of text keys spent most of
-  // each add comparing keys. The dump sorts them.
-  std::unordered_map<std::string, Route> routes_;
+  // Hashed, with raw keys and routes in the table's own slots: a daemon takes a million
+  // routes, and a node and a text key for each cost an allocation and a cache miss more
+  // per command. A replaced route keeps its gate list's storage. The dump sorts the texts.
+  Qel::HashMap2018<MfibRouteKey, Route> routes_;
   std::set<std::uint64_t> multicastIntfs_;
   std::optional<std::uint32_t> maxUnresolvedCacheEntries_;
   std::optional<std::uint32_t> maxUnresolvedPktBuffers_;

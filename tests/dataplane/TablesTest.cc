@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 
 #include "dataplane/Mfib.h"
@@ -35,6 +36,36 @@ TEST_F(MfibTableTest, MalformedRoutesAreRefusedAndLeaveTheTableAlone) {
   EXPECT_EQ(fib.addMroute(routeArg(v4Source, "")).code, EINVAL);
   EXPECT_EQ(fib.addMroute(routeArg("\x0a\x01", v4Group)).code, EINVAL);
   EXPECT_TRUE(fib.dump()["routes"].empty());
+}
+
+// Keys are kept raw and given their text for the dump and for a look at one route: many
+// routes of both families, with and without a source, each found by its own text and by
+// no other spelling, in text order in the dump, and deletes that leave the rest in place.
+TEST_F(MfibTableTest, RoutesAreFoundByTheirTextsInTextOrder) {
+  const std::string v6Group("\xff\x0e" + std::string(13, '\0') + "\x01");
+  for (std::uint8_t i = 0; i < 200; ++i) {
+    auto route = routeArg(i % 2 ? std::string("\x0a\x00\x00", 3) + char(i) : "", v4Group);
+    route.set_iif(i);
+    fib.addMroute(route);
+  }
+  fib.addMroute(routeArg("", v6Group));
+  EXPECT_EQ(fib.routeCount(), 101u + 1u) << "every source-less v4 add replaced the one route";
+  EXPECT_EQ(fib.routeDump("*,239.1.1.1")->at("iif"), "198");
+  EXPECT_EQ(fib.routeDump("10.0.0.7,239.1.1.1")->at("iif"), "7");
+  EXPECT_TRUE(fib.routeDump("*,ff0e::1"));
+  for (const char* other : {"*,ff0e:0::1", "10.0.0.07,239.1.1.1", "10.0.0.7", "x,239.1.1.1",
+                            "10.0.0.8,239.1.1.1"}) {
+    EXPECT_FALSE(fib.routeDump(other)) << other;
+  }
+  for (std::uint8_t i = 1; i < 200; i += 4) {
+    fib.deleteMroute(routeArg(std::string("\x0a\x00\x00", 3) + char(i), v4Group));
+  }
+  const Json table = fib.dump();
+  std::vector<std::string> dumped;
+  for (const auto& [text, route] : table["routes"].items()) dumped.push_back(text);
+  EXPECT_EQ(dumped.size(), 102u - 50u);
+  EXPECT_TRUE(std::is_sorted(dumped.begin(), dumped.end()));
+  EXPECT_EQ(fib.routeDump("10.0.0.3,239.1.1.1")->at("iif"), "3");
 }
 
 TEST_F(MfibTableTest, SettingsTakeRemovalsAndRefuseABadMac) {
