@@ -234,6 +234,8 @@ class HashOrderWorkList {
     headConsumed_ = 0;
     headOrdered_ = false;
     if (size_ == 0) {
+      // An idle list keeps no storage for ordering either.
+      std::vector<Entry>().swap(sorted_);
       head_ = buckets_.size();
       return;
     }
