@@ -92,10 +92,7 @@ class CountingBackend final : public Vek::ChannelBackend {
  public:
   explicit CountingBackend(Vek::ChannelBackend& inner) : inner_(inner) {}
   void deliver(const Vek::ChannelRecord& record) override {
-    if (!sinkGiven_) {
-      inner_.replySinkIs(&replies());
-      sinkGiven_ = true;
-    }
+    giveSinkOnce();
     if (const auto* cmd = std::get_if<Vek::ModuleCmdRecord>(&record)) {
       // Compared as views of known length: the count must cost the far end next to nothing.
       const std::string_view name = cmd->cmd->cmdName().view();
@@ -106,10 +103,20 @@ class CountingBackend final : public Vek::ChannelBackend {
     inner_.deliver(record);
   }
   void flush() override { inner_.flush(); }
-  void collectReplies() override { inner_.collectReplies(); }
+  // The first pump collects before it delivers, and a daemon that is slow to come up has
+  // its absence to report by then.
+  void collectReplies() override {
+    giveSinkOnce();
+    inner_.collectReplies();
+  }
   std::uint64_t routeCommands = 0;
 
  private:
+  void giveSinkOnce() {
+    if (sinkGiven_) return;
+    inner_.replySinkIs(&replies());
+    sinkGiven_ = true;
+  }
   Vek::ChannelBackend& inner_;
   bool sinkGiven_ = false;
 };

@@ -45,7 +45,9 @@ class CommandTable {
                          const google::protobuf::Message* arg) const {
     for (const Command& command : commands_) {
       if (command.name != cmd) continue;
-      const std::string given = arg ? arg->GetTypeName() : "nothing";
+      // The descriptor's own name: a copy of it for every command showed in the allocator.
+      const std::string_view given = arg ? std::string_view(arg->GetDescriptor()->full_name())
+                                         : std::string_view("nothing");
       if (given != command.argType) {
         return CommandResult::error(
             EINVAL, fmt::format("command {} takes {}, not {}", cmd, command.argType, given));

@@ -103,18 +103,8 @@ void Model::deliver(const Vek::ChannelRecord& record) {
       report(r.from.str(), Vek::disconnectError, model.apply(r));
     }
     void operator()(const Vek::ModuleCmdRecord& r) {
-      CommandResult result = model.apply(r);
-      if (result.failed()) {
-        model.refuse(r.cmd->moduleName().str(), Vek::moduleCmdError, result);
-        return;
-      }
-      if (!result.reply || !r.wantResponse) return;
-      auto response = std::make_unique<vek::pb::ModuleResponse>();
-      response->set_module(r.cmd->moduleName().str());
-      response->set_type(Vek::ModuleStatus::taskIdsResponseType);
-      response->set_action(r.cmd->cmdName().str());
-      response->mutable_payload()->PackFrom(*result.reply);
-      model.replies().responseArrived(std::move(response));
+      model.deliverModuleCmd(r.cmd->moduleName().view(), r.cmd->cmdName().view(),
+                             r.cmd->message(), r.wantResponse);
     }
     void operator()(const Vek::GroupCmdRecord& r) { model.deliverGroupCmd(r); }
     void operator()(const Vek::AllocateCounterRecord& r) {
@@ -125,6 +115,22 @@ void Model::deliver(const Vek::ChannelRecord& record) {
     }
   };
   std::visit(Visitor{*this}, record);
+}
+
+void Model::deliverModuleCmd(std::string_view module, std::string_view cmd,
+                             const google::protobuf::Message* arg, bool wantResponse) {
+  CommandResult result = applyModuleCmd(module, cmd, arg);
+  if (result.failed()) {
+    refuse(std::string(module), Vek::moduleCmdError, result);
+    return;
+  }
+  if (!result.reply || !wantResponse) return;
+  auto response = std::make_unique<vek::pb::ModuleResponse>();
+  response->set_module(std::string(module));
+  response->set_type(Vek::ModuleStatus::taskIdsResponseType);
+  response->set_action(std::string(cmd));
+  response->mutable_payload()->PackFrom(*result.reply);
+  replies().responseArrived(std::move(response));
 }
 
 void Model::refuse(const std::string& module, Vek::ChannelErrorType type,
@@ -234,12 +240,13 @@ CommandResult Model::apply(const Vek::DisconnectRecord& r) {
   return CommandResult::ok();
 }
 
-CommandResult Model::apply(const Vek::ModuleCmdRecord& r) {
-  DaemonModule* m = findModule(r.cmd->moduleName());
-  if (!m) return unknownModule(r.cmd->moduleName());
+CommandResult Model::applyModuleCmd(std::string_view module, std::string_view cmd,
+                                    const google::protobuf::Message* arg) {
+  DaemonModule* m = findModule(module);
+  if (!m) return unknownModule(module);
   CommandResult failure;
-  if (failNextMatches(r.cmd->moduleName(), r.cmd->cmdName(), failure)) return failure;
-  return m->table->apply(r.cmd->cmdName(), r.cmd->message());
+  if (failNextMatches(module, cmd, failure)) return failure;
+  return m->table->apply(cmd, arg);
 }
 
 CommandResult Model::apply(const Vek::AllocateCounterRecord& r) {

@@ -28,6 +28,10 @@ class Model final : public Vek::ChannelBackend {
   explicit Model(std::uint16_t workers = 1);
 
   void deliver(const Vek::ChannelRecord& record) override;
+  // A module command as a daemon reads it off its stream, without a record around it; `arg`
+  // (null for none) is read only during the call, so the reader may reuse it.
+  void deliverModuleCmd(std::string_view module, std::string_view cmd,
+                        const google::protobuf::Message* arg, bool wantResponse);
 
   // The next module or port command `cmd` for `module` fails with this code and message
   // and is not applied. Several may wait; each is used once.
@@ -61,7 +65,8 @@ class Model final : public Vek::ChannelBackend {
   CommandResult apply(const Vek::DestroyModuleRecord& record);
   CommandResult apply(const Vek::ConnectRecord& record);
   CommandResult apply(const Vek::DisconnectRecord& record);
-  CommandResult apply(const Vek::ModuleCmdRecord& record);
+  CommandResult applyModuleCmd(std::string_view module, std::string_view cmd,
+                               const google::protobuf::Message* arg);
   CommandResult apply(const Vek::AllocateCounterRecord& record);
   CommandResult apply(const Vek::FreeCountersRecord& record);
   CommandResult applyGroup(const Vek::GroupCmdRecord& record);

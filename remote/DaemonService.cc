@@ -5,6 +5,9 @@
 #include <cerrno>
 #include <chrono>
 #include <random>
+#include <vector>
+
+#include <google/protobuf/arena.h>
 
 #include "runtime/vek/ChannelErrorType.h"
 
@@ -39,6 +42,9 @@ std::pair<std::string, Vek::ChannelErrorType> addresseeOf(const ctl::QueuedComma
   return {std::string(), Vek::groupCmdError};
 }
 
+// About what a batch of route commands takes in the arena (4096 commands of some 400 bytes).
+constexpr std::size_t kBatchArenaBlock = 2 << 20;
+
 std::string newInstanceName() {
   std::random_device seed;
   return fmt::format("{:x}-{:x}", std::chrono::system_clock::now().time_since_epoch().count(),
@@ -59,10 +65,23 @@ void DaemonService::startEmpty(std::uint16_t workers) {
 
 void DaemonService::applyLocked(const ctl::QueuedCommand& command, ctl::ReplyBatch& replies) {
   collector_.commandIs(command.seq(), &replies);
-  RecordCodec::Decoded decoded = codec_.decode(command);
-  if (decoded.record) {
-    model_->deliver(*decoded.record);
-    return;
+  std::string problem;
+  if (command.has_module_command()) {
+    // Most of a stream: applied without a record, its argument read into a kept message.
+    const auto& c = command.module_command();
+    const google::protobuf::Message* arg =
+        c.has_arg() ? codec_.reusedArgument(c.arg(), problem) : nullptr;
+    if (problem.empty()) {
+      model_->deliverModuleCmd(c.name(), c.cmd(), arg, command.want_response());
+      return;
+    }
+  } else {
+    RecordCodec::Decoded decoded = codec_.decode(command);
+    if (decoded.record) {
+      model_->deliver(*decoded.record);
+      return;
+    }
+    problem = std::move(decoded.problem);
   }
   // A command the daemon cannot read is refused like one it cannot apply.
   auto [module, type] = addresseeOf(command);
@@ -70,14 +89,14 @@ void DaemonService::applyLocked(const ctl::QueuedCommand& command, ctl::ReplyBat
   reply->set_seq(command.seq());
   if (command.has_daemon_request()) {
     reply->mutable_daemon_reply()->mutable_error()->set_code(EINVAL);
-    reply->mutable_daemon_reply()->mutable_error()->set_errmsg(decoded.problem);
+    reply->mutable_daemon_reply()->mutable_error()->set_errmsg(problem);
     return;
   }
   auto* error = reply->mutable_error();
   error->set_module(module);
   error->set_type(type);
   error->set_code(EINVAL);
-  error->set_msg(decoded.problem);
+  error->set_msg(problem);
 }
 
 grpc::Status DaemonService::Hello(grpc::ServerContext*, const ctl::HelloRequest* request,
@@ -95,9 +114,22 @@ grpc::Status DaemonService::Hello(grpc::ServerContext*, const ctl::HelloRequest*
 
 grpc::Status DaemonService::RunCommands(
     grpc::ServerContext*, grpc::ServerReaderWriter<ctl::ReplyBatch, ctl::CommandBatch>* stream) {
-  ctl::CommandBatch batch;
+  // Each batch is read into an arena emptied before the next: a batch of thousands of
+  // commands otherwise costs an allocation and a free for each command and its parts (a
+  // reused message does not help, as clearing a command's kind deletes it). The first block
+  // holds a full batch of route commands and stays from batch to batch.
+  std::vector<char> firstBlock(kBatchArenaBlock);
+  google::protobuf::ArenaOptions options;
+  options.initial_block = firstBlock.data();
+  options.initial_block_size = firstBlock.size();
+  options.max_block_size = kBatchArenaBlock;
+  google::protobuf::Arena arena(options);
   ctl::ReplyBatch replies;
-  while (stream->Read(&batch)) {
+  for (;;) {
+    arena.Reset();
+    auto* read = google::protobuf::Arena::CreateMessage<ctl::CommandBatch>(&arena);
+    if (!stream->Read(read)) break;
+    const ctl::CommandBatch& batch = *read;
     replies.Clear();
     {
       std::lock_guard guard(lock_);

@@ -78,13 +78,27 @@ void RecordCodec::encode(const Vek::ChannelRecord& record, ctl::QueuedCommand* o
   std::visit(Visitor{out}, record);
 }
 
+namespace {
+
+std::string unreadable(const Any& any) {
+  return fmt::format("cannot read an argument of type {}", any.type_url());
+}
+
+}  // namespace
+
+const Message* RecordCodec::reusedArgument(const Any& any, std::string& problem) {
+  const Message* message = unpacker_.unpackReused(any);
+  if (!message) problem = unreadable(any);
+  return message;
+}
+
 RecordCodec::Decoded RecordCodec::decode(const ctl::QueuedCommand& command) {
   Decoded decoded;
   // An argument that is set must be understood; one that is unset stays null.
   auto argument = [&](bool present, const Any& any) -> std::unique_ptr<Message> {
     if (!present) return nullptr;
     std::unique_ptr<Message> message = unpacker_.unpack(any);
-    if (!message) decoded.problem = fmt::format("cannot read an argument of type {}", any.type_url());
+    if (!message) decoded.problem = unreadable(any);
     return message;
   };
   auto make = [&](auto record) {

@@ -25,6 +25,10 @@ class RecordCodec {
     std::string problem;
   };
   Decoded decode(const vek::control::QueuedCommand& command);
+  // The argument of a module command, read into a message the codec keeps for its type
+  // (valid until the next argument of that type), or null with `problem` set.
+  const google::protobuf::Message* reusedArgument(const google::protobuf::Any& any,
+                                                  std::string& problem);
 
 
  private:

@@ -78,7 +78,19 @@ void program(World& w, int routes, Lumo::Ptr<KeepingCmd>& port) {
   init->set_size(1024);
   auto fib = w.module("fib", Vek::VekModule::mfib, init);
   meta->connectViaReservedGate(fib, 0);
-  for (int i = 0; i < routes; ++i) w.send("fib", "addMroute", route(static_cast<char>(i)));
+  // Gate lists of every length and a command of another type between routes: the daemon
+  // reads each argument into a message it keeps for the type, which must carry nothing of
+  // the argument before it.
+  for (int i = 0; i < routes; ++i) {
+    auto* arg = route(static_cast<char>(i % 200));
+    for (int g = 0; g < i % 4; ++g) arg->add_gates()->set_gate(static_cast<std::uint32_t>(g));
+    w.send("fib", "addMroute", arg);
+    if (i % 50 == 0) {
+      auto* size = new vek::pb::SizeArg;
+      size->set_size(static_cast<std::uint32_t>(i));
+      w.send("fib", "setMaxUnresolvedCacheEntries", size);
+    }
+  }
   w.send("nowhere", "addMroute", route(1));
   auto* request = new bess::pb::CreatePortRequest;
   request->set_name("rx0");
